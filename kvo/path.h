@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// Path operations on UTF-8 text. Nothing here looks at the disk: links are not followed and case
+// counts. Both "/" and "\" separate components in every argument, also where the platform allows
+// "\" in a name; `separator` is what a result is joined with.
+namespace kvo::path {
+
+// What follows the last separator; empty when the path ends in one.
+std::string GetFilename(std::string_view path);
+
+// The folder part without a trailing separator, save for the root; empty when there is no folder.
+std::string GetDirectory(std::string_view path);
+
+// `folder` and the relative `name` joined by exactly one separator; both otherwise unchanged.
+// An empty folder gives the name alone.
+std::string MakePath(std::string_view folder, std::string_view name, char separator);
+
+// The path with every "/" and "\" replaced by the separator.
+std::string ConvertSlashes(std::string_view path, char separator);
+
+// The following take a relative base, target or folder from the current folder, as the empty path
+// is the current folder. They resolve "." and "..", which climbs no higher than the root, and
+// results have no trailing separator, save for the root.
+
+// The absolute path that `path` names when it is read in the folder `base`; an absolute `path`
+// comes back normalised.
+std::string ExpandRelativePath(std::string_view base, std::string_view path, char separator);
+
+// `target` as seen from the folder `base`, climbing with ".." where needed; "." for the folder
+// itself, and the absolute target when no relative path leads there (another drive).
+// ExpandRelativePath(base, RelativePath(base, target, s), s) is the normalised target.
+std::string RelativePath(std::string_view base, std::string_view target, char separator);
+
+// Whether `path` lies inside `folder`, at any depth. A folder does not lie inside itself.
+bool IsChildOfDirectory(std::string_view folder, std::string_view path);
+
+} // namespace kvo::path

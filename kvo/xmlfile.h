@@ -1,0 +1,112 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kvo {
+
+// An XML 1.0 document that keeps every byte which no edit touches: its encoding, line ends,
+// comments, quotes and white space. All strings are UTF-8. One document is used by one thread.
+//
+// DTDs and entities outside the file are never read, and a file whose entities expand beyond all
+// measure is refused. Elements that stand in an entity's text are no nodes; they stay as written.
+class CXMLFile
+{
+public:
+    // The attributes of an element, in the order of the file, less those a DTD gives by default.
+    class CAttribArray
+    {
+    public:
+        bool Exists(const char* name) const;
+        // The value, added as an empty one when absent; valid until an attribute is added or
+        // removed.
+        std::string& operator[](const char* name);
+        // Does nothing when the attribute is absent.
+        void Remove(const char* name);
+
+    private:
+        friend class CXMLFile;
+        std::vector<std::pair<std::string, std::string>> m_items;
+    };
+
+    // An element. It stays valid until it or an element around it is removed.
+    //
+    // Save writes what has changed in `value` and `attributes`; a character that XML does not
+    // allow is written as U+FFFD. A changed name is written for an inserted element only.
+    class CNode
+    {
+    public:
+        // A detached element; the caller's until it is inserted. The name must be a valid one.
+        explicit CNode(std::string name);
+        ~CNode(); // Frees all elements below it too.
+        CNode(const CNode&) = delete;
+        CNode& operator=(const CNode&) = delete;
+
+        // Makes the node, created by the caller, the last child; it belongs to this node then.
+        // Ignored when the node is null or belongs to a node already. The boolean has no effect.
+        void InsertChild(CNode* node, bool);
+
+        // Null when there is none. Only elements are visited.
+        CNode* FindChild(const char* childName) const;
+        CNode* FindNext(const char* siblingName) const;
+        CNode* Child() const { return m_child; }
+        CNode* Next() const { return m_next; }
+
+        std::string name;
+        // The character data, references resolved and line ends as LF. Comments and processing
+        // instructions in it outlive a change, CDATA sections and entity references do not. An
+        // element with child elements has an empty value; one assigned is put before them.
+        std::string value;
+        CAttribArray attributes;
+
+    private:
+        friend class CXMLFile;
+        bool IsLoaded() const { return m_end != 0; }
+        void Append(CNode* node);
+        void Detach(CNode* node);
+
+        CNode* m_parent = nullptr;
+        CNode* m_child = nullptr;
+        CNode* m_lastChild = nullptr;
+        CNode* m_next = nullptr;
+        CNode* m_previous = nullptr;
+
+        // Where a loaded element stands in the text. The content of <a/> is empty, at its end.
+        std::ptrdiff_t m_begin = 0;
+        std::ptrdiff_t m_content = 0;
+        std::ptrdiff_t m_valueEnd = 0; // m_content if there are child elements, else m_contentEnd
+        std::ptrdiff_t m_contentEnd = 0;
+        std::ptrdiff_t m_end = 0;
+    };
+
+    // An empty document, without any node.
+    CXMLFile();
+    ~CXMLFile();
+
+    // Replaces the document by the file's and makes the top element the current one. On failure
+    // (no such file, not a regular file, unknown encoding, malformed) the document is empty.
+    bool Load(const std::string& path);
+
+    // Writes the document in its own encoding. False when it is empty or cannot be written; what
+    // stands at the path then stays as it was.
+    bool Save(const std::string& path) const;
+
+    // The current element; null in an empty document.
+    CNode* GetCurr() const;
+    void SetCurr(CNode* node);
+    void Root();
+
+    // Takes the current element out with all below it, and makes the top element the current one.
+    // The top element itself, a detached one and null are left alone.
+    void Remove();
+
+private:
+    struct Document;
+    class Writer;
+    std::unique_ptr<Document> m_document;
+};
+
+} // namespace kvo
