@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QString>
+
+// One entry of the copy list. Whether a folder is created or a file copied is decided from the
+// source at copy time. A list holds every folder before its contents.
+struct CopyFileEntry
+{
+    QString sourcePath;      // absolute
+    QString destinationPath; // absolute
+    QString relativePath;    // relative to the destination root; only for display
+};
