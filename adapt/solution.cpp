@@ -1,0 +1,103 @@
+#include "adapt/solution.h"
+
+#include "adapt/project.h"
+#include "adapt/strtok_quo.h"
+#include "kvo/file.h"
+#include "kvo/path.h"
+
+#include <QFileInfo>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+using Qt::StringLiterals::operator""_s;
+
+namespace {
+
+constexpr int kLineSize = 2048;
+
+// The two fields in use of a line
+//     Project("{type}") = "name", "path", "{id}"
+struct ProjectLine
+{
+    const char* name = nullptr;
+    const char* path = nullptr;
+    explicit operator bool() const { return name; }
+};
+
+// Takes `line` apart in place; the result points into it and is null for any other line.
+ProjectLine parseProjectLine(char* line)
+{
+    char* position = nullptr;
+    const char* keyword = strtok_quo(line, "= ", &position);
+    if (!keyword || std::strncmp(keyword, "Project(", 8) != 0)
+        return {};
+    const char* name = strtok_quo(nullptr, ", ", &position);
+    const char* path = strtok_quo(nullptr, ", ", &position);
+    const char* id = strtok_quo(nullptr, ", ", &position);
+    return id ? ProjectLine{name, path} : ProjectLine{};
+}
+
+// Copies `solution` to `copy` with CR LF line ends and returns its projects' paths.
+std::vector<std::string> readSolution(kvo::IFile& solution, kvo::IFile& copy)
+{
+    std::vector<std::string> projects;
+    char line[kLineSize];
+    while (solution.GetLine(line, kLineSize)) {
+        // Before the line is taken apart.
+        copy.WriteString(line);
+        copy.WriteString("\r\n");
+        if (const ProjectLine project = parseProjectLine(line))
+            projects.push_back(kvo::path::ConvertSlashes(project.path, '/'));
+    }
+    return projects;
+}
+
+bool leadsOutOf(const std::string& folder, const std::string& path)
+{
+    return !kvo::path::IsChildOfDirectory(folder, kvo::path::ExpandRelativePath(folder, path, '/'));
+}
+
+} // namespace
+
+void GetDotnetDirs(QList<QString>& names, QString source)
+{
+    QFile solution(source + u"/dotnet.sln"_s);
+    // Opening a pipe could wait for ever.
+    if (!QFileInfo(solution).isFile() ||
+        !solution.open(QIODevice::ReadOnly | QIODevice::ExistingOnly))
+        return;
+    char line[kLineSize];
+    while (solution.readLine(line, kLineSize) > 0) {
+        if (const ProjectLine project = parseProjectLine(line))
+            names.append(QString::fromUtf8(project.name));
+    }
+}
+
+bool FilterSln(QString solutionPath, QString destination, bool localProjectFiles, bool copyWrapper)
+{
+    const std::string source = solutionPath.toStdString();
+    const std::string target = destination.toStdString();
+
+    std::unique_ptr<kvo::IFile> solution(kvo::fileSystem()->Open(source, kvo::OpenForReading));
+    if (!solution)
+        return false;
+    const std::shared_ptr<kvo::CMemFile> copy = kvo::CMemFile::Create();
+    const std::vector<std::string> projects = readSolution(*solution, *copy);
+    solution.reset();
+
+    const std::string copyPath = kvo::path::MakePath(target, kvo::path::GetFilename(source), '/');
+    std::unique_ptr<kvo::IFile> output(kvo::fileSystem()->Open(copyPath, kvo::OpenForWriting));
+    if (!output)
+        return false;
+    output->WriteBytes(copy->data(), copy->size());
+    output.reset();
+
+    const std::string solutionDir = kvo::path::GetDirectory(source);
+    for (const std::string& project : projects) {
+        if (!leadsOutOf(target, project))
+            RewriteProject({solutionDir, target, project}, localProjectFiles, copyWrapper);
+    }
+    return true;
+}
