@@ -1,0 +1,138 @@
+#include "copy/copyworker.h"
+
+#include "adapt/cmakelists.h"
+#include "adapt/sdkimports.h"
+#include "adapt/solution.h"
+#include "copy/copyfileentry.h"
+#include "copy/walk.h"
+
+#include <QDir>
+
+#include <filesystem>
+
+using Qt::StringLiterals::operator""_s;
+
+namespace {
+
+// Whether removing `destination` would remove `source`. Compares file identities on the way up
+// from the source, so that neither links nor the spelling of a path hide it.
+bool holdsSource(const QString& destination, const QString& source)
+{
+    std::error_code error;
+    const std::filesystem::path target(destination.toStdU16String());
+    auto folder = std::filesystem::canonical(source.toStdU16String(), error);
+    if (error)
+        return false;
+    while (!std::filesystem::equivalent(folder, target, error)) {
+        if (folder == folder.parent_path())
+            return false;
+        folder = folder.parent_path();
+    }
+    return true;
+}
+
+void prepareDestination(const QString& destination)
+{
+    QDir directory(destination);
+    if (directory.exists())
+        static_cast<void>(directory.removeRecursively());
+    if (!directory.exists())
+        static_cast<void>(directory.mkpath(u"."_s));
+}
+
+void copyEntry(const CopyFileEntry& entry)
+{
+    const QFileInfo source(entry.sourcePath);
+    if (source.isDir()) {
+        static_cast<void>(QDir(entry.destinationPath).mkpath(u"."_s));
+        return;
+    }
+    // Opening a pipe or a device could wait for ever.
+    if (!source.isFile() || !QFile::copy(entry.sourcePath, entry.destinationPath))
+        return;
+    // The copy takes over the source's mode, and an SDK is often read-only.
+    const auto permissions = source.permissions();
+    if (!(permissions & QFile::WriteOwner))
+        QFile::setPermissions(entry.destinationPath, permissions | QFile::WriteOwner);
+}
+
+} // namespace
+
+CopyWorker::CopyWorker(QObject* parent, QString source, QString destination, bool dotnet,
+                       bool copyWrapper)
+    : QThread(parent)
+    , m_source(std::move(source))
+    , m_destination(std::move(destination))
+    , m_dotnet(dotnet)
+    , m_copyWrapper(copyWrapper)
+{}
+
+void CopyWorker::abort()
+{
+    m_abortRequested.store(true);
+}
+
+void CopyWorker::run()
+{
+    if (m_destination.isEmpty() || holdsSource(m_destination, m_source))
+        return;
+    // Complete before the first copy, so that the progress has a fixed denominator.
+    const QList<CopyFileEntry> entries = copyList();
+    prepareDestination(m_destination);
+    copyEntries(entries);
+    adaptCopy();
+}
+
+QList<CopyFileEntry> CopyWorker::copyList() const
+{
+    QList<QString> dotnetNames;
+    GetDotnetDirs(dotnetNames, m_source);
+    dotnetNames.append(u"dotnet.sln"_s);
+
+    QList<CopyFileEntry> entries;
+    QList<QString> items;
+    if (m_dotnet) {
+        GetSdkImports(entries, m_source, m_destination);
+        if (m_copyWrapper)
+            appendWrapper(entries);
+        Walk(items, {}, m_source, dotnetNames, {});
+    } else {
+        Walk(items, {}, m_source, {}, dotnetNames);
+    }
+    for (const QString& item : std::as_const(items))
+        entries.append({m_source + item, m_destination + item, item});
+    return entries;
+}
+
+void CopyWorker::appendWrapper(QList<CopyFileEntry>& entries) const
+{
+    const QString wrapper = u"/dotnet"_s;
+    const QString wrapperDir = QDir::cleanPath(m_source + u"/.."_s + wrapper);
+    QList<QString> items;
+    Walk(items, {}, wrapperDir, {}, {u"doc"_s});
+    entries.append({wrapperDir, m_destination + wrapper, wrapper});
+    for (const QString& item : std::as_const(items))
+        entries.append({wrapperDir + item, m_destination + wrapper + item, wrapper + item});
+}
+
+void CopyWorker::copyEntries(const QList<CopyFileEntry>& entries)
+{
+    const int count = int(entries.size());
+    for (int i = 0; i < count && !m_abortRequested.load(std::memory_order_acquire);) {
+        const CopyFileEntry& entry = entries[i];
+        emit fileChanged(entry.relativePath);
+        copyEntry(entry);
+        ++i;
+        emit progressChanged(double(i) / double(count));
+    }
+}
+
+// Also after an abort: what was copied is to build against the SDK.
+void CopyWorker::adaptCopy() const
+{
+    if (m_dotnet)
+        FilterSln(m_source + u"/dotnet.sln"_s, m_destination, true, m_copyWrapper);
+    else
+        FilterCMakeLists(m_destination + u"/CMakeLists.txt"_s,
+                         QDir::cleanPath(m_source + u"/../"_s));
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QThread>
+
+#include <atomic>
+
+struct CopyFileEntry;
+
+// Copies the samples of one SDK to one destination and adapts the copy, once, on a thread of its
+// own. The owner starts it, and deletes it after `finished`; the destructor does not wait.
+//
+// An existing destination is removed with all its contents. Only a destination that is empty, or
+// that is or holds the samples folder (links resolved), is left alone, and nothing is copied.
+//
+// Failures are not reported: an entry that cannot be copied is passed over, and the run goes on.
+class CopyWorker : public QThread
+{
+    Q_OBJECT
+
+public:
+    // `source` is the SDK's samples folder; its siblings "bin", "lib" and "dotnet" are used in
+    // .NET mode. Both paths are absolute, with "/" as separator.
+    CopyWorker(QObject* parent, QString source, QString destination, bool dotnet, bool copyWrapper);
+
+    // Stops the copy before its next entry; what was copied is still adapted. From any thread.
+    void abort();
+
+signals:
+    // Before each entry: its path relative to the destination.
+    void fileChanged(QString file);
+    // After each entry: the fraction done, in (0, 1].
+    void progressChanged(double value);
+
+protected:
+    void run() override;
+
+private:
+    QList<CopyFileEntry> copyList() const;
+    void appendWrapper(QList<CopyFileEntry>& entries) const;
+    void copyEntries(const QList<CopyFileEntry>& entries);
+    void adaptCopy() const;
+
+    const QString m_source;
+    const QString m_destination;
+    std::atomic<bool> m_abortRequested = false;
+    const bool m_dotnet;
+    const bool m_copyWrapper;
+};
