@@ -1,0 +1,180 @@
+#include "backend/backend.h"
+
+#include "copy/copyworker.h"
+
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QDir>
+#include <QOperatingSystemVersion>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QUrl>
+
+using Qt::StringLiterals::operator""_s;
+
+namespace {
+
+QString findCMakeGui()
+{
+    const QString name = u"cmake-gui"_s;
+    QString program = QStandardPaths::findExecutable(name);
+    // Where CMake's own installer puts it; desktop sessions often have a shorter search path.
+    if (program.isEmpty())
+        program = QStandardPaths::findExecutable(name, {u"/usr/local/bin"_s});
+    return program.isEmpty() ? name : program;
+}
+
+Backend::ESTATUS runCMakeGui(const QString& folder)
+{
+    const QStringList arguments = {u"-S"_s, folder, u"-B"_s, QDir::cleanPath(folder + u"/build"_s)};
+    return QProcess::startDetached(findCMakeGui(), arguments) ? Backend::STATUS_CMAKE_RUNNING
+                                                              : Backend::STATUS_CMAKE_RUN_FAILED;
+}
+
+Backend::ESTATUS openSolutionIn(const QString& folder)
+{
+    const QString solution = QDir::cleanPath(folder + u"/dotnet.sln"_s);
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(solution))
+               ? Backend::STATUS_SOLUTION_OPENED
+               : Backend::STATUS_SOLUTION_OPEN_FAILED;
+}
+
+} // namespace
+
+Backend::Backend(QObject* parent)
+    : QObject(parent)
+    , m_destination(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation))
+{
+    readArguments();
+}
+
+Backend::~Backend()
+{
+    if (m_worker)
+        m_worker->wait();
+}
+
+void Backend::readArguments()
+{
+    int positional = 0;
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+    for (const QString& argument : arguments) {
+        if (argument == u"--dotnet"_s) {
+            m_dotnet = true;
+            continue;
+        }
+        if (positional == 0)
+            m_source = QDir::cleanPath(argument);
+        else if (positional == 1)
+            m_destination = QDir::cleanPath(m_destination + u'/' + argument);
+        ++positional;
+    }
+    m_valid = positional == 2;
+}
+
+template <typename T>
+void Backend::assign(T& field, T value, void (Backend::*changed)())
+{
+    if (field == value)
+        return;
+    field = std::move(value);
+    emit(this->*changed)();
+}
+
+QString Backend::destinationUrl() const
+{
+    return QUrl::fromLocalFile(m_destination).toString();
+}
+
+void Backend::setDestinationUrl(QString url)
+{
+    setDestination(QUrl(url).toLocalFile());
+}
+
+void Backend::setDestination(QString destination)
+{
+    assign(m_destination, std::move(destination), &Backend::destinationChanged);
+}
+
+bool Backend::destinationExists() const
+{
+    return QFileInfo::exists(m_destination);
+}
+
+void Backend::setCopyWrapper(bool copyWrapper)
+{
+    assign(m_copyWrapper, copyWrapper, &Backend::copyWrapperChanged);
+}
+
+void Backend::setCopyProgress(double progress)
+{
+    assign(m_copyProgress, progress, &Backend::copyProgressChanged);
+}
+
+void Backend::setCopyFile(QString file)
+{
+    assign(m_copyFile, std::move(file), &Backend::copyFileChanged);
+}
+
+void Backend::setCopying(bool copying)
+{
+    assign(m_copying, copying, &Backend::copyingChanged);
+}
+
+void Backend::setRunCMake(bool runCMake)
+{
+    assign(m_runCMake, runCMake, &Backend::runCMakeChanged);
+}
+
+void Backend::setOpenSolution(bool openSolution)
+{
+    assign(m_openSolution, openSolution, &Backend::openSolutionChanged);
+}
+
+void Backend::setStatus(ESTATUS status)
+{
+    assign(m_status, status, &Backend::statusChanged);
+}
+
+bool Backend::isWindows() const
+{
+    return QOperatingSystemVersion::currentType() == QOperatingSystemVersion::Windows;
+}
+
+void Backend::abort()
+{
+    if (m_worker)
+        m_worker->abort();
+}
+
+void Backend::start()
+{
+    if (m_worker)
+        return;
+    setCopyFile({});
+    setCopyProgress(0);
+    setCopying(true);
+
+    m_worker = new CopyWorker(this, m_source, m_destination, m_dotnet, m_copyWrapper);
+    connect(m_worker, &CopyWorker::progressChanged, this, &Backend::setCopyProgress);
+    connect(m_worker, &CopyWorker::fileChanged, this, &Backend::setCopyFile);
+    connect(m_worker, &CopyWorker::finished, this, &Backend::finishedCopyWorker);
+    m_worker->start();
+}
+
+// However the copy ended: an aborted or failed one is followed up like a complete one.
+void Backend::finishedCopyWorker()
+{
+    m_worker->deleteLater();
+    m_worker = nullptr;
+    setStatus(followUp());
+    setCopying(false);
+    emit copyDone();
+}
+
+Backend::ESTATUS Backend::followUp() const
+{
+    if (m_dotnet)
+        return m_openSolution ? openSolutionIn(m_destination) : STATUS_COPY_DONE;
+    return m_runCMake ? runCMakeGui(m_destination) : STATUS_COPY_DONE;
+}

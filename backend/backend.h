@@ -1,0 +1,114 @@
+#pragma once
+
+#include <QObject>
+
+class CopyWorker;
+
+// What the window binds to: the mode and paths from the command line, the user's settings, and
+// the state of a copy. Lives on the GUI thread. Every writer notifies only on a change.
+class Backend : public QObject
+{
+    Q_OBJECT
+    // The destination as the text of a local-file URL. Writing anything else than the URL of a
+    // local file empties the destination.
+    Q_PROPERTY(QString destinationUrl READ destinationUrl WRITE setDestinationUrl NOTIFY
+                   destinationChanged)
+    Q_PROPERTY(QString destination READ destination WRITE setDestination NOTIFY destinationChanged)
+    Q_PROPERTY(bool copyWrapper READ copyWrapper WRITE setCopyWrapper NOTIFY copyWrapperChanged)
+    // Looked up in the file system at every read.
+    Q_PROPERTY(bool destinationExists READ destinationExists NOTIFY destinationChanged)
+    // The share of the current or last copy that is done, 0 to 1.
+    Q_PROPERTY(double copyProgress READ copyProgress NOTIFY copyProgressChanged)
+    // The entry that the current or last copy reported last, relative to the destination.
+    Q_PROPERTY(QString copyFile READ copyFile NOTIFY copyFileChanged)
+    Q_PROPERTY(bool copying READ copying NOTIFY copyingChanged)
+    // Whether the command line named a source and a destination.
+    Q_PROPERTY(bool valid READ valid CONSTANT)
+    Q_PROPERTY(bool dotnet READ dotnet CONSTANT)
+    Q_PROPERTY(bool runCMake READ runCMake WRITE setRunCMake NOTIFY runCMakeChanged)
+    Q_PROPERTY(bool openSolution READ openSolution WRITE setOpenSolution NOTIFY openSolutionChanged)
+    // The outcome of the last finished copy.
+    Q_PROPERTY(ESTATUS status READ status NOTIFY statusChanged)
+    Q_PROPERTY(bool isWindows READ isWindows CONSTANT)
+
+public:
+    enum ESTATUS {
+        STATUS_NOT_STARTED,
+        STATUS_COPY_DONE,
+        STATUS_CMAKE_RUNNING,
+        STATUS_CMAKE_RUN_FAILED,
+        STATUS_SOLUTION_OPENED,
+        STATUS_SOLUTION_OPEN_FAILED,
+    };
+    Q_ENUM(ESTATUS)
+
+    // Reads the application's arguments: "--dotnet" anywhere, the samples folder, and the name of
+    // the destination below the user's documents folder.
+    explicit Backend(QObject* parent = nullptr);
+    // Waits for a copy that still runs, without aborting it.
+    ~Backend() override;
+
+    QString destinationUrl() const;
+    void setDestinationUrl(QString url);
+    QString destination() const { return m_destination; }
+    void setDestination(QString destination);
+    bool destinationExists() const;
+    bool copyWrapper() const { return m_copyWrapper; }
+    void setCopyWrapper(bool copyWrapper);
+    double copyProgress() const { return m_copyProgress; }
+    void setCopyProgress(double progress);
+    QString copyFile() const { return m_copyFile; }
+    void setCopyFile(QString file);
+    bool copying() const { return m_copying; }
+    void setCopying(bool copying);
+    bool valid() const { return m_valid; }
+    bool dotnet() const { return m_dotnet; }
+    bool runCMake() const { return m_runCMake; }
+    void setRunCMake(bool runCMake);
+    bool openSolution() const { return m_openSolution; }
+    void setOpenSolution(bool openSolution);
+    ESTATUS status() const { return m_status; }
+    void setStatus(ESTATUS status);
+    bool isWindows() const;
+
+    // Asks the running copy to stop after its current entry; returns at once.
+    Q_INVOKABLE void abort();
+    // Starts a copy with the current settings; ignored while one runs. The follow-up action takes
+    // `destination`, `runCMake` and `openSolution` as they are when the copy ends.
+    Q_INVOKABLE void start();
+
+signals:
+    void destinationChanged();
+    void copyWrapperChanged();
+    void copyProgressChanged();
+    void copyFileChanged();
+    void copyingChanged();
+    // Once at the end of every copy, however it ended, after the follow-up action.
+    void copyDone();
+    void runCMakeChanged();
+    void openSolutionChanged();
+    void statusChanged();
+
+private slots:
+    void finishedCopyWorker();
+
+private:
+    void readArguments();
+    ESTATUS followUp() const;
+
+    template <typename T>
+    void assign(T& field, T value, void (Backend::*changed)());
+
+    QString m_copyFile;
+    QString m_source;
+    QString m_destination;
+    double m_copyProgress = 0;
+    bool m_copying = false;
+    bool m_copyWrapper = false;
+    bool m_dotnet = false;
+    bool m_valid = false;
+    bool m_runCMake = true;
+    bool m_openSolution = true;
+    CopyWorker* m_worker = nullptr; // a Qt child; null when no copy runs
+    ESTATUS m_status = STATUS_NOT_STARTED;
+};
