@@ -1,0 +1,298 @@
+import QtQuick 2.12
+import QtQuick.Window 2.12
+import QtQuick.Layouts 1.12
+import QtQuick.Controls 2.12
+import com.zuvy 1.0
+import com.zuvy.kvoui 1.0
+
+ApplicationWindow {
+    id: window
+
+    property Backend backend: Backend {
+        onCopyDone: doneDlg.open()
+    }
+
+    // The style's buttons neither press on Return nor on an assistive tool's action.
+    component PushButton: Button {
+        opacity: enabled ? 1 : 0.5
+        Accessible.onPressAction: if (enabled) clicked()
+        Keys.onEnterPressed: (event) => { if (!event.isAutoRepeat) clicked() }
+        Keys.onReturnPressed: (event) => { if (!event.isAutoRepeat) clicked() }
+    }
+
+    component Option: CheckBox {
+        function press() {
+            toggle()
+            toggled()
+        }
+        Accessible.onPressAction: press()
+        Accessible.onToggleAction: press()
+        Keys.onEnterPressed: (event) => { if (!event.isAutoRepeat) press() }
+        Keys.onReturnPressed: (event) => { if (!event.isAutoRepeat) press() }
+    }
+
+    // Trimmed, since a dialog must fit into the window's fixed height.
+    component OverlayDialog: Dialog {
+        id: dialog
+
+        parent: Overlay.overlay
+        x: (parent.width - width) / 2
+        y: (parent.height - height) / 2
+        width: window.width - 16
+        padding: 8
+        focus: true
+
+        header: Label {
+            text: dialog.title
+            textFormat: Text.PlainText
+            font.bold: true
+            padding: 8
+            bottomPadding: 0
+        }
+        footer: DialogButtonBox {
+            padding: 8
+            topPadding: 0
+            alignment: Qt.AlignRight
+            delegate: PushButton {
+                implicitWidth: Math.max(100, implicitContentWidth + leftPadding + rightPadding)
+            }
+        }
+    }
+
+    component PlainText: Label {
+        textFormat: Text.PlainText
+        wrapMode: Text.Wrap
+    }
+
+    component MessageDialog: OverlayDialog {
+        property alias text: message.text
+
+        ColumnLayout {
+            anchors { left: parent.left; right: parent.right; top: parent.top }
+
+            PlainText {
+                id: message
+                objectName: "message"
+                Layout.fillWidth: true
+                // A message too long for the window's fixed height is set in smaller type.
+                Layout.maximumHeight: window.height - header.height - footer.height - topPadding - bottomPadding
+                fontSizeMode: Text.Fit
+                minimumPixelSize: 1
+            }
+        }
+    }
+
+    title: qsTr("Copy Project")
+    visible: true
+    width: minimumWidth
+    height: minimumHeight
+    minimumWidth: Math.max(640, footer.implicitWidth, mainLayout.implicitWidth + 16)
+    minimumHeight: footer.implicitHeight + mainLayout.implicitHeight + 16
+    maximumHeight: minimumHeight
+
+    Component.onCompleted: {
+        copyButton.forceActiveFocus(Qt.TabFocusReason)
+        if (!backend.valid)
+            Qt.callLater(Qt.quit)
+    }
+
+    ColumnLayout {
+        id: mainLayout
+
+        anchors { left: parent.left; right: parent.right; top: parent.top; margins: 8 }
+
+        Label {
+            text: qsTr("Before the project can be opened it must be copied to a folder you can write to. Please select a destination folder below.")
+        }
+        Label {
+            objectName: "windowsNote"
+            visible: !window.backend.dotnet && window.backend.isWindows
+            textFormat: Text.RichText
+            text: qsTr("<b>Note:</b> You need to generate a 64-bit project.<br/>When generating Visual Studio projects you need to set the platform to x64,<br/>otherwise CMake may default to Win32 and fail to generate the project.")
+        }
+        Option {
+            objectName: "copyWrapperBox"
+            visible: window.backend.dotnet
+            text: qsTr("Copy .NET wrapper so it can also be modified.")
+            checked: window.backend.copyWrapper
+            onToggled: window.backend.copyWrapper = checked
+        }
+        Option {
+            objectName: "openSolutionBox"
+            visible: window.backend.dotnet
+            text: qsTr("Open the solution after copying.")
+            checked: window.backend.openSolution
+            onToggled: window.backend.openSolution = checked
+        }
+        Option {
+            objectName: "runCMakeBox"
+            visible: !window.backend.dotnet
+            text: qsTr("Run CMake-GUI after copying to generate buildable projects.")
+            checked: window.backend.runCMake
+            onToggled: window.backend.runCMake = checked
+        }
+        Label {
+            id: destinationLabel
+            text: qsTr("Destination Folder:")
+        }
+        RowLayout {
+            Layout.fillWidth: true
+
+            TextField {
+                id: destinationField
+                objectName: "destinationField"
+                Layout.fillWidth: true
+                readOnly: true
+                text: window.backend.destination
+                Accessible.name: destinationLabel.text
+
+                ToolTip {
+                    objectName: "destinationToolTip"
+                    visible: destinationField.hovered
+                    text: window.backend.destination
+                    width: Math.min(destinationField.contentWidth + 1 + leftPadding + rightPadding, window.width - 16)
+                    contentItem: PlainText {
+                        objectName: "toolTipText"
+                        text: destinationField.text
+                    }
+                }
+            }
+            PushButton {
+                objectName: "chooseButton"
+                implicitWidth: 40
+                implicitHeight: 40
+                padding: 0
+                text: "..."
+                Accessible.name: qsTr("Choose Destination Folder")
+                onClicked: destDirDlg.open()
+            }
+        }
+    }
+
+    footer: Rectangle {
+        color: "lightgrey"
+        implicitWidth: buttonRow.implicitWidth + 16
+        implicitHeight: buttonRow.implicitHeight + 16
+
+        RowLayout {
+            id: buttonRow
+
+            anchors { fill: parent; margins: 8 }
+
+            PushButton {
+                objectName: "closeButton"
+                enabled: !window.backend.copying
+                text: qsTr("Close")
+                onClicked: window.close()
+            }
+            Item {
+                Layout.fillWidth: true
+            }
+            PushButton {
+                id: copyButton
+                objectName: "copyButton"
+                enabled: !window.backend.copying
+                text: qsTr("Copy")
+                onClicked: {
+                    if (window.backend.destinationExists)
+                        overwriteDlg.open()
+                    else
+                        window.backend.start()
+                }
+            }
+        }
+    }
+
+    WidgetFileDialog {
+        id: destDirDlg
+        objectName: "destDirDlg"
+        title: qsTr("Destination Folder")
+        selectFolder: true
+        selectMultiple: false
+        folder: window.backend.destinationUrl
+        onAccepted: window.backend.destinationUrl = fileUrl.toString()
+    }
+
+    OverlayDialog {
+        id: copyDlg
+        objectName: "copyDlg"
+        title: qsTr("Copy Progress")
+        visible: window.backend.copying
+        footer: DialogButtonBox {
+            padding: 8
+            topPadding: 0
+            alignment: Qt.AlignRight
+            PushButton {
+                objectName: "abortButton"
+                text: window.backend.copying ? qsTr("Abort") : qsTr("Close")
+                DialogButtonBox.buttonRole: DialogButtonBox.ActionRole
+                onClicked: window.backend.abort()
+            }
+        }
+
+        ColumnLayout {
+            anchors { left: parent.left; right: parent.right; top: parent.top }
+
+            RowLayout {
+                Label {
+                    id: fileCaption
+                    objectName: "fileCaption"
+                    text: window.backend.copyFile === "" ? qsTr("Starting...") : qsTr("File:")
+                }
+                Label {
+                    objectName: "fileLabel"
+                    Layout.fillWidth: true
+                    // One line of a steady height, whatever script or character a name holds.
+                    Layout.preferredHeight: fileCaption.implicitHeight
+                    textFormat: Text.PlainText
+                    maximumLineCount: 1
+                    elide: Text.ElideMiddle
+                    horizontalAlignment: Text.AlignLeft
+                    text: window.backend.copyFile
+                }
+            }
+            ProgressBar {
+                objectName: "progressBar"
+                Layout.fillWidth: true
+                value: window.backend.copyProgress
+                Accessible.name: qsTr("Progress: %1 %").arg(Math.floor(value * 100))
+            }
+        }
+    }
+
+    MessageDialog {
+        id: overwriteDlg
+        objectName: "overwriteDlg"
+        title: "Warning"
+        text: qsTr("The folder %1 already exists. If you continue it will be removed, are you sure you want to continue.").arg(window.backend.destination)
+        standardButtons: Dialog.Yes | Dialog.No
+        onOpened: standardButton(Dialog.No).forceActiveFocus(Qt.TabFocusReason)
+        onAccepted: window.backend.start()
+    }
+
+    MessageDialog {
+        id: doneDlg
+        objectName: "doneDlg"
+
+        function message() {
+            switch (window.backend.status) {
+            case Backend.STATUS_CMAKE_RUNNING:
+                return qsTr("Done copying files, you can finish generating the project in cmake-gui.\nYou can also manually generate the project with cmake in %1.\nDon't forget, you need to generate a 64-bit project.")
+            case Backend.STATUS_CMAKE_RUN_FAILED:
+                return qsTr("Done copying files, but could not find cmake-gui.\nYou can manually run cmake in %1.\nDon't forget, you need to generate a 64-bit project.")
+            case Backend.STATUS_SOLUTION_OPENED:
+                return qsTr("Done copying files, opening the solution.\nYou can also manually open the solution in %1.")
+            case Backend.STATUS_SOLUTION_OPEN_FAILED:
+                return qsTr("Done copying files, but failed to open the solution.\nVisual Studio or MonoDevelop may not be installed or configured.\nYou can manually open the solution in %1.")
+            default:
+                return qsTr("Done copying files, you can now open the project in %1.")
+            }
+        }
+
+        title: "Copy Done"
+        text: message().arg(window.backend.destination)
+        standardButtons: Dialog.Ok
+        onOpened: standardButton(Dialog.Ok).forceActiveFocus(Qt.TabFocusReason)
+        onAccepted: window.close()
+    }
+}

@@ -1,0 +1,57 @@
+#include "kvoui/widgetfiledialog.h"
+
+#include <QFileDialog>
+#include <QGuiApplication>
+#include <QWindow>
+
+using Qt::StringLiterals::operator""_s;
+
+namespace {
+
+// Given a folder that does not exist, the dialog would start in the working folder.
+QString nearestFolder(QString path)
+{
+    while (!path.isEmpty() && !QFileInfo(path).isDir())
+        path = QFileInfo(path).path();
+    return path.isEmpty() ? QDir::homePath() : path;
+}
+
+} // namespace
+
+WidgetFileDialog::WidgetFileDialog(QObject* parent)
+    : QObject(parent)
+{}
+
+WidgetFileDialog::~WidgetFileDialog() = default;
+
+void WidgetFileDialog::open()
+{
+    if (m_dialog && m_dialog->isVisible()) {
+        m_dialog->raise();
+        m_dialog->activateWindow();
+        return;
+    }
+    m_dialog =
+        std::make_unique<QFileDialog>(nullptr, m_title, nearestFolder(m_folder.toLocalFile()));
+    m_dialog->setSupportedSchemes({u"file"_s});
+    m_dialog->setFileMode(m_selectFolder     ? QFileDialog::Directory
+                          : m_selectMultiple ? QFileDialog::ExistingFiles
+                                             : QFileDialog::ExistingFile);
+    m_dialog->setOption(QFileDialog::ShowDirsOnly, m_selectFolder);
+    connect(m_dialog.get(), &QFileDialog::accepted, this, &WidgetFileDialog::accept);
+
+    // A widget cannot have a Quick window as its parent, but its window can stay above it.
+    QWindow* const window = QGuiApplication::focusWindow();
+    m_dialog->winId();
+    m_dialog->windowHandle()->setTransientParent(window);
+    m_dialog->open();
+}
+
+void WidgetFileDialog::accept()
+{
+    const QList<QUrl> urls = m_dialog->selectedUrls();
+    if (urls.isEmpty() || !urls.first().isLocalFile())
+        return;
+    m_fileUrl = urls.first();
+    emit accepted();
+}

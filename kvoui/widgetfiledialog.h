@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QObject>
+#include <QUrl>
+
+#include <memory>
+
+class QFileDialog;
+
+// A file or folder chooser for QML: the platform's own dialog where there is one, else Qt's.
+// Offers local files only. The properties count when `open` is called.
+class WidgetFileDialog : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(QString title MEMBER m_title)
+    Q_PROPERTY(bool selectFolder MEMBER m_selectFolder)
+    Q_PROPERTY(bool selectMultiple MEMBER m_selectMultiple)
+    // Where the dialog starts; of a folder that does not exist, its nearest existing parent.
+    Q_PROPERTY(QUrl folder MEMBER m_folder)
+    // The chosen file or folder, the first of several; set before `accepted`.
+    Q_PROPERTY(QUrl fileUrl MEMBER m_fileUrl)
+
+public:
+    explicit WidgetFileDialog(QObject* parent = nullptr);
+    ~WidgetFileDialog() override;
+
+    // Shows the dialog over the focused window, or brings it to the front if it is open already.
+    Q_INVOKABLE void open();
+
+signals:
+    void accepted();
+
+private:
+    void accept();
+
+    QString m_title;
+    QUrl m_folder;
+    QUrl m_fileUrl;
+    bool m_selectFolder = false;
+    bool m_selectMultiple = false;
+    std::unique_ptr<QFileDialog> m_dialog; // made at the first `open`
+};

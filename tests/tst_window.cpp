@@ -1,0 +1,407 @@
+#include "backend/backend.h"
+#include "kvoui/kvoui.h"
+
+#include "tests/tree.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QQmlApplicationEngine>
+#include <QQuickItem>
+#include <QQuickStyle>
+#include <QQuickWindow>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using Qt::StringLiterals::operator""_s;
+
+namespace {
+
+// The command line that the application object refers to; each test sets its own.
+int argumentCount = 1;
+char* argumentVector[8];
+
+// The real window on an SDK of its own, with a home folder that is otherwise empty.
+class Program
+{
+public:
+    QTemporaryDir root;
+    QQmlApplicationEngine engine;
+    QSignalSpy quit{&engine, &QQmlEngine::quit};
+    QQuickWindow* window = nullptr;
+
+    explicit Program(const QStringList& options = {}, int files = 1, bool withName = true)
+    {
+        qputenv("HOME", root.path().toUtf8());
+        for (int i = 0; i < files; ++i)
+            writeFile(root.filePath(u"sdk/samples/d/file %1"_s.arg(i)), "x");
+        for (const QString& option : options + QStringList{root.filePath(u"sdk/samples"_s)})
+            addArgument(option);
+        if (withName)
+            addArgument(u"My Copy"_s);
+        engine.load(QUrl(u"qrc:/prjdup.qml"_s));
+        window = qobject_cast<QQuickWindow*>(engine.rootObjects().value(0));
+    }
+    ~Program() { argumentCount = 1; }
+
+    Backend& backend() const { return *window->property("backend").value<Backend*>(); }
+    QString destination() const { return root.filePath(u"Documents/My Copy"_s); }
+    QObject* object(const QString& name) const { return window->findChild<QObject*>(name); }
+    bool isOpen(const QString& dialog) const { return object(dialog)->property("visible").toBool(); }
+
+    // The visible item with this object name or, mnemonics aside, this text.
+    QQuickItem* item(const QString& name) const
+    {
+        QList<QQuickItem*> items = {window->contentItem()};
+        for (int i = 0; i < items.size(); ++i) {
+            const QString text = items[i]->property("text").toString().remove(u'&');
+            if (items[i]->isVisible() && (items[i]->objectName() == name || text == name))
+                return items[i];
+            items += items[i]->childItems();
+        }
+        return nullptr;
+    }
+    QRectF place(const QString& name) const
+    {
+        const QQuickItem* found = item(name);
+        return found ? found->mapRectToScene({QPointF(), found->size()}) : QRectF();
+    }
+    QString text(const QString& name) const { return item(name)->property("text").toString(); }
+    QString focused() const
+    {
+        const QQuickItem* focus = window->activeFocusItem();
+        if (!focus)
+            return {};
+        return focus->objectName().isEmpty() ? focus->property("text").toString().remove(u'&') : focus->objectName();
+    }
+    bool activate() const
+    {
+        window->requestActivate();
+        return QTest::qWaitForWindowActive(window);
+    }
+    void click(const QString& name) const { QTest::mouseClick(window, Qt::LeftButton, {}, place(name).center().toPoint()); }
+
+private:
+    void addArgument(const QString& text)
+    {
+        m_arguments.push_back(std::make_unique<QByteArray>(text.toUtf8()));
+        argumentVector[argumentCount++] = m_arguments.back()->data();
+    }
+    std::vector<std::unique_ptr<QByteArray>> m_arguments;
+};
+
+QFileDialog* fileDialog()
+{
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* dialog = qobject_cast<QFileDialog*>(widget); dialog && dialog->isVisible())
+            return dialog;
+    }
+    return nullptr;
+}
+
+const QString kLongPath = QString(u"/a-folder-with-a-long-name"_s).repeated(20).left(500);
+
+} // namespace
+
+class TestWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
+
+    void showsTheControlsOfItsMode_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QStringList>("boxes");
+        QTest::addColumn<QStringList>("texts");
+
+        QTest::newRow("CMake") << QStringList() << QStringList{u"runCMakeBox"_s}
+                               << QStringList{u"Run CMake-GUI after copying to generate buildable projects."_s};
+        QTest::newRow(".NET") << QStringList{u"--dotnet"_s} << QStringList{u"copyWrapperBox"_s, u"openSolutionBox"_s}
+                              << QStringList{u"Copy .NET wrapper so it can also be modified."_s, u"Open the solution after copying."_s};
+    }
+
+    void showsTheControlsOfItsMode()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(QStringList, boxes);
+        QFETCH(QStringList, texts);
+        const Program program(options);
+        QVERIFY(program.activate());
+        QCOMPARE(program.window->title(), u"Copy Project"_s);
+        QVERIFY(program.window->minimumWidth() >= 640);
+        QCOMPARE(program.window->minimumHeight(), program.window->maximumHeight());
+        QVERIFY(program.item(
+            u"Before the project can be opened it must be copied to a folder you can write to. Please select a destination folder below."_s));
+        QVERIFY(program.item(u"Destination Folder:"_s));
+        QVERIFY(!program.item(u"windowsNote"_s));
+        QCOMPARE(program.text(u"destinationField"_s), program.destination());
+        QVERIFY(program.item(u"destinationField"_s)->property("readOnly").toBool());
+
+        // In reading order, from Copy, which has the focus at first, once around.
+        QStringList order;
+        do {
+            order += program.focused();
+            QTest::keyClick(program.window, Qt::Key_Tab);
+        } while (program.focused() != order.first() && order.size() < 10);
+        const QStringList row = {u"destinationField"_s, u"chooseButton"_s, u"closeButton"_s};
+        QCOMPARE(order, QStringList{u"copyButton"_s} + boxes + row);
+        QStringList shown;
+        for (const QString& name : {u"copyWrapperBox"_s, u"openSolutionBox"_s, u"runCMakeBox"_s}) {
+            if (program.item(name))
+                shown += program.text(name);
+        }
+        QCOMPARE(shown, texts);
+    }
+
+    void bindsTheBoxesBothWays()
+    {
+        for (const QString& mode : {u""_s, u"--dotnet"_s}) {
+            const Program program(mode.isEmpty() ? QStringList() : QStringList{mode});
+            for (const char* property : {"copyWrapper", "openSolution", "runCMake"}) {
+                QQuickItem* box = program.item(QString::fromLatin1(property) + u"Box"_s);
+                if (!box)
+                    continue;
+                const auto value = [&] { return program.backend().property(property).toBool(); };
+                const bool before = value();
+                program.click(box->objectName());
+                QCOMPARE(value(), !before);
+                box->forceActiveFocus();
+                QTest::keyClick(program.window, Qt::Key_Return);
+                QCOMPARE(value(), before);
+                QTest::keyClick(program.window, Qt::Key_Space);
+                QCOMPARE(value(), !before);
+                program.backend().setProperty(property, before);
+                QCOMPARE(box->property("checked").toBool(), before);
+            }
+        }
+    }
+
+    void copiesAndSaysSo()
+    {
+        const Program program({}, 500);
+        QVERIFY(program.activate());
+        program.backend().setRunCMake(false);
+        QStringList captions;
+        QObject::connect(&program.backend(), &Backend::copyFileChanged, program.window,
+                         [&] { captions += program.text(u"fileCaption"_s) + u' ' + program.text(u"fileLabel"_s); });
+        QSignalSpy done(&program.backend(), &Backend::copyDone);
+        QTest::keyClick(program.window, Qt::Key_Return);
+        QVERIFY(program.isOpen(u"copyDlg"_s));
+        QVERIFY(program.item(u"Copy Progress"_s));
+        QCOMPARE(program.text(u"fileCaption"_s), u"Starting..."_s);
+        for (const QString& name : {u"closeButton"_s, u"copyButton"_s})
+            QVERIFY(!program.item(name)->isEnabled());
+        for (const QString& name : {u"runCMakeBox"_s, u"chooseButton"_s})
+            QVERIFY(program.item(name)->isEnabled());
+
+        QVERIFY(done.wait());
+        QCOMPARE(captions.first(), u"File: /d"_s);
+        QCOMPARE(captions.size(), 501);
+        QCOMPARE(readTree(program.destination()).size(), 501);
+        QCOMPARE(program.object(u"progressBar"_s)->property("value").toDouble(), 1.0);
+        QVERIFY(!program.isOpen(u"copyDlg"_s));
+        QVERIFY(program.isOpen(u"doneDlg"_s));
+        QVERIFY(program.item(u"copyButton"_s)->isEnabled());
+        QTRY_COMPARE(program.focused(), u"OK"_s);
+        QTest::keyClick(program.window, Qt::Key_Space);
+        QTRY_VERIFY(!program.window->isVisible());
+    }
+
+    void asksBeforeItRemovesAFolder()
+    {
+        const Program program;
+        QVERIFY(program.activate());
+        program.backend().setRunCMake(false);
+        writeFile(program.destination() + u"/old"_s, "old");
+        for (const bool again : {false, true}) {
+            program.click(u"copyButton"_s);
+            QVERIFY(program.item(u"Warning"_s));
+            QCOMPARE(program.text(u"message"_s),
+                     u"The folder %1 already exists. If you continue it will be removed, are you sure you want to continue."_s.arg(
+                         program.destination()));
+            QTRY_COMPARE(program.focused(), u"No"_s);
+            QTest::keyClick(program.window, again ? Qt::Key_Escape : Qt::Key_Return);
+            QTRY_VERIFY(!program.isOpen(u"overwriteDlg"_s));
+        }
+        QVERIFY(!program.backend().copying());
+        QCOMPARE(readFile(program.destination() + u"/old"_s), QByteArray("old"));
+
+        QSignalSpy done(&program.backend(), &Backend::copyDone);
+        program.click(u"copyButton"_s);
+        QTRY_VERIFY(program.item(u"Yes"_s));
+        program.click(u"Yes"_s);
+        QVERIFY(done.count() || done.wait());
+        QCOMPARE(readTree(program.destination()).keys(), QStringList({u"d/"_s, u"d/file 0"_s}));
+    }
+
+    void aborts()
+    {
+        const Program program({}, 3000);
+        program.backend().setRunCMake(false);
+        QSignalSpy done(&program.backend(), &Backend::copyDone);
+        program.click(u"copyButton"_s);
+        QCOMPARE(program.text(u"abortButton"_s), u"Abort"_s);
+        // Closing the dialog leaves the copy alone; it shows again with the next copy.
+        QTRY_VERIFY(program.backend().copyProgress() > 0);
+        program.click(u"abortButton"_s);
+        QVERIFY(done.wait());
+        QVERIFY(program.backend().copyProgress() < 1);
+        QVERIFY(program.isOpen(u"doneDlg"_s));
+    }
+
+    void quitsWithoutAValidCommandLine()
+    {
+        const Program program({}, 0, false);
+        QVERIFY(program.window->isVisible());
+        QVERIFY(program.quit.isEmpty());
+        QTRY_COMPARE(program.quit.size(), 1);
+    }
+
+    void tellsTheOutcome_data()
+    {
+        QTest::addColumn<Backend::ESTATUS>("status");
+        QTest::addColumn<QString>("text");
+
+        QTest::newRow("none") << Backend::STATUS_NOT_STARTED << u"Done copying files, you can now open the project in %1."_s;
+        QTest::newRow("copied") << Backend::STATUS_COPY_DONE << u"Done copying files, you can now open the project in %1."_s;
+        QTest::newRow("cmake-gui runs")
+            << Backend::STATUS_CMAKE_RUNNING
+            << u"Done copying files, you can finish generating the project in cmake-gui.\nYou can also manually generate the project with cmake in %1.\nDon't forget, you need to generate a 64-bit project."_s;
+        QTest::newRow("cmake-gui is missing")
+            << Backend::STATUS_CMAKE_RUN_FAILED
+            << u"Done copying files, but could not find cmake-gui.\nYou can manually run cmake in %1.\nDon't forget, you need to generate a 64-bit project."_s;
+        QTest::newRow("solution open") << Backend::STATUS_SOLUTION_OPENED
+                                       << u"Done copying files, opening the solution.\nYou can also manually open the solution in %1."_s;
+        QTest::newRow("solution failed")
+            << Backend::STATUS_SOLUTION_OPEN_FAILED
+            << u"Done copying files, but failed to open the solution.\nVisual Studio or MonoDevelop may not be installed or configured.\nYou can manually open the solution in %1."_s;
+    }
+
+    // In each mode, with a short and a long path and in a large font: nothing is cut off.
+    void tellsTheOutcome()
+    {
+        QFETCH(Backend::ESTATUS, status);
+        QFETCH(QString, text);
+        for (const int points : {0, 20}) {
+            QFont font = QApplication::font();
+            if (points)
+                font.setPointSize(points);
+            QGuiApplication::setFont(font);
+            for (const QStringList& options : {QStringList(), QStringList{u"--dotnet"_s}}) {
+                const Program program(options);
+                for (const QString& path : {u"/a <b>&amp; é"_s, kLongPath}) {
+                    program.backend().setDestination(path);
+                    program.backend().setStatus(status);
+                    emit program.backend().copyDone();
+                    QVERIFY(program.item(u"Copy Done"_s));
+                    QCOMPARE(program.text(u"message"_s), text.arg(path));
+                    QTRY_COMPARE(program.focused(), u"OK"_s);
+                    QTRY_VERIFY(messageFits(program));
+                    QMetaObject::invokeMethod(program.object(u"doneDlg"_s), "close");
+                    QMetaObject::invokeMethod(program.object(u"overwriteDlg"_s), "open");
+                    QTRY_VERIFY(program.item(u"No"_s));
+                    QTRY_VERIFY(messageFits(program));
+                    QMetaObject::invokeMethod(program.object(u"overwriteDlg"_s), "close");
+                }
+            }
+        }
+        QGuiApplication::setFont(QFont());
+    }
+
+    void keepsItsSizeWhateverANameHolds()
+    {
+        const Program program;
+        program.backend().setCopying(true);
+        const auto places = [&] {
+            QList<QRectF> result = {QRectF(QPointF(), program.window->size())};
+            for (const QString& name : {u"progressBar"_s, u"abortButton"_s, u"Copy Progress"_s})
+                result += program.place(name);
+            return result;
+        };
+        program.backend().setCopyFile(u"/x"_s);
+        const auto before = places();
+        for (const QString& name : {kLongPath, u"/two\nlines"_s, u"/מסמכים/العربية"_s, u"/文件/ไฟล์"_s, u"/A <h1>B"_s}) {
+            program.backend().setCopyFile(name);
+            QTRY_COMPARE(places(), before);
+            QVERIFY(QRectF(QPointF(), program.window->size()).contains(program.place(u"fileLabel"_s)));
+        }
+    }
+
+    void showsTheWholeDestinationInItsToolTip()
+    {
+        const Program program;
+        QVERIFY(program.activate());
+        for (const QString& path : {u"/A <h1>B"_s, kLongPath}) {
+            program.backend().setDestination(path);
+            QTest::mouseMove(program.window, program.place(u"destinationField"_s).center().toPoint());
+            QTRY_VERIFY(program.isOpen(u"destinationToolTip"_s));
+            QTRY_VERIFY(program.item(u"toolTipText"_s));
+            const QQuickItem* label = program.item(u"toolTipText"_s);
+            QCOMPARE(label->property("text").toString(), path);
+            QVERIFY(!label->property("truncated").toBool());
+            QTRY_VERIFY(QRectF(QPointF(), program.window->size()).contains(program.place(u"toolTipText"_s)));
+            QTest::mouseMove(program.window, QPoint(1, 1));
+            QTRY_VERIFY(!program.isOpen(u"destinationToolTip"_s));
+        }
+    }
+
+    void choosesTheDestination()
+    {
+        const Program program;
+        QVERIFY(program.activate());
+        const QString chosen = program.root.filePath(u"a b%25 é"_s);
+        QDir().mkpath(chosen);
+        const QString before = program.backend().destination();
+        // The nearest folder that exists is the home folder: there are no documents yet.
+        for (const bool accept : {false, true}) {
+            program.click(u"chooseButton"_s);
+            QTRY_VERIFY(fileDialog());
+            const QPointer<QFileDialog> dialog = fileDialog();
+            QCOMPARE(dialog->windowTitle(), u"Destination Folder"_s);
+            QCOMPARE(dialog->directory(), QDir(program.root.path()));
+            QMetaObject::invokeMethod(program.object(u"destDirDlg"_s), "open");
+            QCOMPARE(fileDialog(), dialog.data());
+            dialog->setDirectory(chosen);
+            if (accept)
+                static_cast<QDialog*>(dialog)->accept();
+            else
+                dialog->reject();
+            QTRY_VERIFY(!fileDialog());
+            QCOMPARE(program.text(u"destinationField"_s), accept ? chosen : before);
+        }
+        program.click(u"chooseButton"_s);
+        QTRY_VERIFY(fileDialog());
+        QCOMPARE(fileDialog()->directory(), QDir(chosen));
+    }
+
+private:
+    // Whether the message of the open dialog shows whole, above the buttons, within the window.
+    static bool messageFits(const Program& program)
+    {
+        const QQuickItem* message = program.item(u"message"_s);
+        const QSizeF size(message->property("contentWidth").toDouble(), message->property("contentHeight").toDouble());
+        const QRectF text(message->mapToScene({}), size);
+        const QQuickItem* focus = program.window->activeFocusItem();
+        const QRectF button = focus->mapRectToScene({QPointF(), focus->size()});
+        const QRectF window(QPointF(), program.window->size());
+        return !message->property("truncated").toBool() && text.bottom() <= button.top() && window.contains(text) &&
+               window.contains(button);
+    }
+};
+
+int main(int argc, char* argv[])
+{
+    argumentVector[0] = argv[0];
+    QApplication application(argumentCount, argumentVector);
+    // The platform's own chooser cannot be driven from here.
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    QApplication::setQuitOnLastWindowClosed(false);
+    QQuickStyle::setStyle(u"Basic"_s);
+    kvouiInitPlugin();
+    qmlRegisterType<Backend>("com.zuvy", 1, 0, "Backend");
+    TestWindow test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_window.moc"
