@@ -1,0 +1,126 @@
+"""The real program on an X display: found over AT-SPI, pressed with real mouse and key events."""
+
+import os
+import subprocess
+import time
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi
+
+
+def wait(condition, what, seconds=60):
+    """Returns the first true value of `condition`."""
+    end = time.monotonic() + seconds
+    while time.monotonic() < end:
+        if value := condition():
+            return value
+        time.sleep(0.05)
+    raise TimeoutError(f"no {what} within {seconds} seconds")
+
+
+def children(node):
+    nodes = (node.get_child_at_index(index) for index in range(node.get_child_count()))
+    return (child for child in nodes if child)
+
+
+def walk(node):
+    yield node
+    for child in children(node):
+        yield from walk(child)
+
+
+def has(node, state):
+    return node.get_state_set().contains(state)
+
+
+class Program:
+    """A running Copy Project window; `home` is the home folder it sees."""
+
+    def __init__(self, program, *arguments, home):
+        self.process = subprocess.Popen([program, *arguments], env=os.environ | {"HOME": str(home)})
+        self.application = wait(self._application, "program on the accessibility bus")
+        Atspi.Accessible.set_cache_mask(self.application, Atspi.Cache.NONE)
+        self.wait("push button", "Copy")
+        self.window = self._xdotool("search", "--sync", "--name", "Copy Project").split()[0]
+
+    def _application(self):
+        desktop = Atspi.get_desktop(0)
+        # What is cached is brought up to date by an event loop only.
+        desktop.clear_cache()
+        for child in children(desktop):
+            if child.get_process_id() == self.process.pid:
+                return child
+        return None
+
+    def find(self, role, name=None):
+        """The control on show of this role and name, or None."""
+        for node in walk(self.application):
+            if node.get_role_name() == role and name in (None, node.get_name()):
+                if has(node, Atspi.StateType.SHOWING):
+                    return node
+        return None
+
+    def wait(self, role, name=None):
+        return wait(lambda: self.find(role, name), f"{role} {name}")
+
+    def click(self, role, name):
+        box = self.wait(role, name).get_extents(Atspi.CoordType.SCREEN)
+        x, y = box.x + box.width // 2, box.y + box.height // 2
+        self._xdotool("mousemove", "--sync", str(x), str(y), "click", "1")
+
+    def key(self, name):
+        # There may be no window manager to give the focus.
+        self._xdotool("windowfocus", "--sync", self.window, "key", name)
+
+    def screenshot(self, file):
+        self._xdotool("windowraise", self.window)
+        subprocess.run(["import", "-window", self.window, file], check=True)
+
+    def message(self):
+        """The done message, as soon as it is there."""
+        dialog = self.wait("dialog", "Copy Done")
+        texts = [node.get_name() for node in walk(dialog) if node.get_role_name() == "label"]
+        return max(texts, key=len)
+
+    def status(self):
+        """The exit status, once the program has ended."""
+        return self.process.wait(60)
+
+    @staticmethod
+    def _xdotool(*arguments):
+        return subprocess.run(
+            ["xdotool", *arguments], check=True, capture_output=True, text=True
+        ).stdout
+
+
+def run(*command, cwd=None):
+    """Runs a build step or a built program and returns what it prints."""
+    result = subprocess.run(
+        [str(part) for part in command],
+        cwd=cwd,
+        check=False,
+        stdout=subprocess.PIPE,
+        stderr=subprocess.STDOUT,
+        text=True,
+    )
+    if result.returncode:
+        raise RuntimeError(f"{command} failed:\n{result.stdout}")
+    return result.stdout
+
+
+def build_cmake(folder):
+    """Builds the copied CMake samples and returns what each prints, by name."""
+    build = folder / "build"
+    run("cmake", "-S", folder, "-B", build)
+    run("cmake", "--build", build)
+    samples = sorted(path.parent.name for path in folder.glob("*/CMakeLists.txt"))
+    return {name: run(build / name / name, cwd=build) for name in samples}
+
+
+def build_dotnet(folder, configuration):
+    """Builds the copied solution and returns what each project prints, by name."""
+    run("xbuild", "/nologo", "/v:m", "dotnet.sln", f"/p:Configuration={configuration}", cwd=folder)
+    samples = sorted(path.stem for path in folder.glob("*/*.csproj"))
+    return {name: run("mono", folder / "bin" / configuration / f"{name}.exe") for name in samples}
