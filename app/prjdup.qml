@@ -52,6 +52,7 @@ ApplicationWindow {
         footer: DialogButtonBox {
             padding: 8
             topPadding: 0
+            spacing: 8
             alignment: Qt.AlignRight
             delegate: PushButton {
                 implicitWidth: Math.max(100, implicitContentWidth + leftPadding + rightPadding)
@@ -65,7 +66,10 @@ ApplicationWindow {
     }
 
     component MessageDialog: OverlayDialog {
+        id: messageDialog
+
         property alias text: message.text
+        readonly property real room: window.height - header.height - footer.height - topPadding - bottomPadding
 
         ColumnLayout {
             anchors { left: parent.left; right: parent.right; top: parent.top }
@@ -75,9 +79,9 @@ ApplicationWindow {
                 objectName: "message"
                 Layout.fillWidth: true
                 // A message too long for the window's fixed height is set in smaller type.
-                Layout.maximumHeight: window.height - header.height - footer.height - topPadding - bottomPadding
+                Layout.maximumHeight: messageDialog.room
                 fontSizeMode: Text.Fit
-                minimumPixelSize: 1
+                minimumPointSize: 1
             }
         }
     }
