@@ -10,11 +10,13 @@
 #include <QTest>
 #include <QUrl>
 
+using Arguments = QByteArrayList;
 using Qt::StringLiterals::operator""_s;
 
 namespace {
 
-// An application with a command line of its own, in a home folder that is otherwise empty.
+// An application with a command line of its own, and with a home folder that holds an SDK's samples
+// and a search path.
 struct Application
 {
     QTemporaryDir home;
@@ -23,17 +25,19 @@ struct Application
     QList<char*> argv;
     std::unique_ptr<QGuiApplication> application;
 
-    explicit Application(const QByteArrayList& given)
-        : arguments(QByteArrayList{"prjdup"} + given)
-        , argc(int(arguments.size()))
+    explicit Application(const Arguments& given, int files = 2)
+        : arguments(Arguments{"prjdup"} + given)
     {
+        for (int i = 0; i < files; ++i)
+            writeFile(samples() + u"/d/%1"_s.arg(i), "x");
         qputenv("HOME", home.path().toUtf8());
         qputenv("PATH", home.filePath(u"path"_s).toUtf8());
         for (QByteArray& argument : arguments)
-            argv.append(argument.data());
-        argv.append(nullptr);
+            argv.append(argument.replace("%1", samples().toUtf8()).data());
+        argc = int(argv.size());
         application = std::make_unique<QGuiApplication>(argc, argv.data());
     }
+    QString samples() const { return home.filePath(u"sdk/samples"_s); }
     QString documents() const { return home.filePath(u"Documents"_s); }
 
     // A program on the search path that leaves its arguments, one a line, beside itself.
@@ -76,32 +80,28 @@ class TestBackend : public QObject
 private slots:
     void readsTheCommandLine_data()
     {
-        QTest::addColumn<QByteArrayList>("arguments");
+        QTest::addColumn<Arguments>("arguments");
         QTest::addColumn<QString>("destination");
         QTest::addColumn<bool>("dotnet");
         QTest::addColumn<bool>("valid");
-
-        using L = QByteArrayList;
-        const QString documents = u"%1"_s;
-        QTest::newRow("nothing") << L{} << documents << false << false;
-        QTest::newRow("a source only") << L{"/s"} << documents << false << false;
-        QTest::newRow("source and name") << L{"/s", "My Copy"} << u"%1/My Copy"_s << false << true;
-        QTest::newRow("the switch first") << L{"--dotnet", "/s", "x"} << u"%1/x"_s << true << true;
-        QTest::newRow("the switch last and repeated") << L{"/s", "--dotnet", "x", "--dotnet"} << u"%1/x"_s << true << true;
-        QTest::newRow("another case is a name") << L{"/s", "--DOTNET"} << u"%1/--DOTNET"_s << false << true;
-        QTest::newRow("three names") << L{"/s", "x", "y"} << u"%1/x"_s << false << false;
-        QTest::newRow("an absolute name") << L{"/s", "/tmp/x"} << u"%1/tmp/x"_s << false << true;
-        QTest::newRow("a name that leads out") << L{"/s", "../x"} << u"%1/../x"_s << false << true;
-        QTest::newRow("a name to be cleaned") << L{"/s", "a//b/"} << u"%1/a/b"_s << false << true;
+        QTest::newRow("nothing") << Arguments{} << u""_s << false << false;
+        QTest::newRow("a source only") << Arguments{"/s"} << u""_s << false << false;
+        QTest::newRow("source and name") << Arguments{"/s", "My Copy"} << u"/My Copy"_s << false << true;
+        QTest::newRow("the switch first") << Arguments{"--dotnet", "/s", "x"} << u"/x"_s << true << true;
+        QTest::newRow("the switch last and repeated") << Arguments{"/s", "--dotnet", "x", "--dotnet"} << u"/x"_s << true << true;
+        QTest::newRow("another case is a name") << Arguments{"/s", "--DOTNET"} << u"/--DOTNET"_s << false << true;
+        QTest::newRow("three names") << Arguments{"/s", "x", "y"} << u"/x"_s << false << false;
+        QTest::newRow("an absolute name") << Arguments{"/s", "/tmp/x"} << u"/tmp/x"_s << false << true;
+        QTest::newRow("a name that leads out, to be cleaned") << Arguments{"/s", "..//x/"} << u"/../x"_s << false << true;
     }
 
     void readsTheCommandLine()
     {
-        QFETCH(QByteArrayList, arguments);
+        QFETCH(Arguments, arguments);
         QFETCH(QString, destination);
         const Application application(arguments);
         const Backend backend;
-        QCOMPARE(backend.destination(), QDir::cleanPath(destination.arg(application.documents())));
+        QCOMPARE(backend.destination(), QDir::cleanPath(application.documents() + destination));
         QTEST(backend.dotnet(), "dotnet");
         QTEST(backend.valid(), "valid");
         QCOMPARE(backend.status(), Backend::STATUS_NOT_STARTED);
@@ -116,13 +116,10 @@ private slots:
             members += QByteArray(meta.property(i).name()) + ' ';
         for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
             members += meta.method(i).methodSignature() + ' ';
-        QCOMPARE(members, QByteArray("destinationUrl destination copyWrapper destinationExists "
-                                     "copyProgress copyFile copying valid dotnet runCMake "
-                                     "openSolution status isWindows destinationChanged() "
-                                     "copyWrapperChanged() copyProgressChanged() copyFileChanged() "
-                                     "copyingChanged() copyDone() runCMakeChanged() "
-                                     "openSolutionChanged() statusChanged() finishedCopyWorker() "
-                                     "abort() start() "));
+        QCOMPARE(members, QByteArray("destinationUrl destination copyWrapper destinationExists copyProgress copyFile copying valid dotnet "
+                                     "runCMake openSolution status isWindows destinationChanged() copyWrapperChanged() "
+                                     "copyProgressChanged() copyFileChanged() copyingChanged() copyDone() runCMakeChanged() "
+                                     "openSolutionChanged() statusChanged() finishedCopyWorker() abort() start() "));
     }
 
     void notifiesOnceOfAChange_data()
@@ -130,12 +127,14 @@ private slots:
         QTest::addColumn<QByteArray>("property");
         QTest::addColumn<QVariant>("value");
         QTest::addColumn<QString>("destination");
-
+        const auto url = [](const char* name, const QString& value, const QString& destination) {
+            QTest::newRow(name) << QByteArray("destinationUrl") << QVariant(value) << destination;
+        };
+        url("the URL of a file", u"file:///tmp/a%20b%2525é"_s, u"/tmp/a b%25é"_s);
+        url("a URL typed with blanks", u"file:///tmp/a b"_s, u"/tmp/a b"_s);
+        url("no URL", u"/tmp/x"_s, u""_s);
+        url("another scheme", u"http://host/x"_s, u""_s);
         QTest::newRow("destination") << QByteArray("destination") << QVariant(u"/x"_s) << u"/x"_s;
-        QTest::newRow("the URL of a file") << QByteArray("destinationUrl") << QVariant(u"file:///tmp/a%20b%2525é"_s) << u"/tmp/a b%25é"_s;
-        QTest::newRow("a URL typed with blanks") << QByteArray("destinationUrl") << QVariant(u"file:///tmp/a b"_s) << u"/tmp/a b"_s;
-        QTest::newRow("no URL") << QByteArray("destinationUrl") << QVariant(u"/tmp/x"_s) << QString();
-        QTest::newRow("another scheme") << QByteArray("destinationUrl") << QVariant(u"http://host/x"_s) << QString();
         for (const char* name : {"copyWrapper", "runCMake", "openSolution"})
             QTest::newRow(name) << QByteArray(name) << QVariant() << u"%1/x"_s;
     }
@@ -149,10 +148,8 @@ private slots:
         Backend backend;
         if (value.isNull())
             value = !backend.property(property).toBool();
-        const QMetaProperty meta = backend.metaObject()->property(backend.metaObject()->indexOfProperty(property));
-        QSignalSpy changed(&backend, meta.notifySignal());
-        QVERIFY(backend.setProperty(property, value));
-        QVERIFY(backend.setProperty(property, value));
+        QSignalSpy changed(&backend, backend.metaObject()->property(backend.metaObject()->indexOfProperty(property)).notifySignal());
+        QVERIFY(backend.setProperty(property, value) && backend.setProperty(property, value));
         QCOMPARE(changed.size(), 1);
         if (property != "destinationUrl")
             QCOMPARE(backend.property(property), value);
@@ -163,11 +160,11 @@ private slots:
     {
         const Application application({"/s", "a #?%é"});
         Backend backend;
-        const QString destination = backend.destination();
-        backend.setDestinationUrl(backend.destinationUrl());
+        const QString destination = backend.destination(), url = backend.destinationUrl();
+        QVERIFY(url.startsWith(u"file:///"_s));
+        backend.setDestination({});
+        backend.setDestinationUrl(url);
         QCOMPARE(backend.destination(), destination);
-        QVERIFY(backend.destinationUrl().startsWith(u"file:///"_s));
-
         QVERIFY(!backend.destinationExists());
         writeFile(destination, "a file counts");
         QVERIFY(backend.destinationExists());
@@ -179,7 +176,6 @@ private slots:
         QTest::addColumn<bool>("wanted");
         QTest::addColumn<bool>("available");
         QTest::addColumn<Backend::ESTATUS>("status");
-
         QTest::newRow("CMake, not wanted") << false << false << true << Backend::STATUS_COPY_DONE;
         QTest::newRow("CMake, found") << false << true << true << Backend::STATUS_CMAKE_RUNNING;
         QTest::newRow("CMake, not found") << false << true << false << Backend::STATUS_CMAKE_RUN_FAILED;
@@ -193,51 +189,46 @@ private slots:
         QFETCH(bool, dotnet);
         QFETCH(bool, wanted);
         QFETCH(bool, available);
-        const Application application({"/missing", "my côpy", dotnet ? "--dotnet" : "third"});
+        const Application application({"%1", "x", dotnet ? "--dotnet" : "third"});
         if (available)
             application.addCMakeGui();
         const auto desktop = available ? std::make_unique<Desktop>() : nullptr;
         Backend backend;
         QSignalSpy statusChanged(&backend, &Backend::statusChanged);
-        // The follow-up goes by the settings at the end of the copy.
+        // The follow-up goes by the settings at the end of the copy, the copy by those at its start.
         const QString destination = application.home.filePath(u"an other/.."_s);
-        connect(&backend, &Backend::copyingChanged, &backend, [&] {
+        connect(&backend, &Backend::copyProgressChanged, &backend, [&] {
             backend.setDestination(destination);
             backend.setRunCMake(wanted);
             backend.setOpenSolution(wanted);
         });
         QVERIFY(copy(backend));
+        QVERIFY(QFileInfo(application.documents() + u"/x"_s).isDir());
         QTEST(backend.status(), "status");
-        QVERIFY(!backend.copying());
         if (backend.status() == Backend::STATUS_CMAKE_RUNNING) {
-            const QByteArray folder = destination.toUtf8();
-            const QByteArray build = QDir::cleanPath(destination + u"/build"_s).toUtf8();
-            QTRY_COMPARE(application.cmakeGuiArguments(), "-S\n" + folder + "\n-B\n" + build + '\n');
+            const QByteArray build = application.home.filePath(u"build"_s).toUtf8();
+            QTRY_COMPARE(application.cmakeGuiArguments(), "-S\n" + destination.toUtf8() + "\n-B\n" + build + '\n');
         } else {
             QCOMPARE(application.cmakeGuiArguments(), QByteArray("(unreadable)"));
         }
-        if (desktop && dotnet && wanted)
-            QCOMPARE(desktop->opened, {QUrl::fromLocalFile(application.home.filePath(u"dotnet.sln"_s))});
-        else if (desktop)
-            QVERIFY(desktop->opened.isEmpty());
+        const QList<QUrl> solution = {QUrl::fromLocalFile(application.home.filePath(u"dotnet.sln"_s))};
+        if (desktop)
+            QCOMPARE(desktop->opened, dotnet && wanted ? solution : QList<QUrl>());
 
+        backend.setDestination(application.documents() + u"/x"_s);
         QVERIFY(copy(backend));
         QCOMPARE(statusChanged.size(), 1);
     }
 
     void runsOneCopyAtATime()
     {
-        const Application application({"/missing", "x"});
+        const Application application({"%1", "x"});
         Backend backend;
         backend.abort();
-        QVERIFY(!backend.copying());
-
-        QSignalSpy done(&backend, &Backend::copyDone);
-        QSignalSpy copying(&backend, &Backend::copyingChanged);
+        QSignalSpy done(&backend, &Backend::copyDone), copying(&backend, &Backend::copyingChanged);
         backend.start();
         backend.start();
-        QVERIFY(backend.copying());
-        QVERIFY(done.wait());
+        QVERIFY(backend.copying() && done.wait() && !backend.copying());
         QVERIFY(copy(backend));
         QCOMPARE(done.size(), 2);
         QCOMPARE(copying.size(), 4);
@@ -245,32 +236,25 @@ private slots:
 
     void keepsItsReportsUntilTheNextCopy()
     {
-        const QTemporaryDir sdk;
-        writeTree(sdk.path(), {{u"samples/a"_s, "a"}, {u"samples/d/b"_s, "b"}});
-        const Application application({sdk.filePath(u"samples"_s).toUtf8(), "x"});
+        const Application application({"%1", "x"});
         Backend backend;
         QStringList files;
         QList<double> progress;
         connect(&backend, &Backend::copyFileChanged, [&] { files += backend.copyFile(); });
         connect(&backend, &Backend::copyProgressChanged, [&] { progress += backend.copyProgress(); });
-        for (int run = 0; run < 2; ++run) {
-            QVERIFY(copy(backend));
-            QCOMPARE(files.size(), 3 + run);
-            QCOMPARE(files.indexOf(QString()), run ? 0 : -1);
-            QCOMPARE(progress.mid(run), (QList<double>{1 / 3., 2 / 3., 1}));
-            QCOMPARE(progress.first(), run ? 0 : 1 / 3.);
-            QCOMPARE(backend.copyFile(), files.last());
-            files.clear();
-            progress.clear();
-        }
+        QVERIFY(copy(backend));
+        const QStringList first = files;
+        QCOMPARE(first.size(), 3);
+        QCOMPARE(progress, (QList<double>{1 / 3., 2 / 3., 1}));
+        QVERIFY(copy(backend));
+        QCOMPARE(files, first + QStringList{QString()} + first);
+        QCOMPARE(progress.mid(3), (QList<double>{0, 1 / 3., 2 / 3., 1}));
+        QCOMPARE(backend.copyFile(), first.last());
     }
 
     void followsUpOnAnAbortedCopyToo()
     {
-        const QTemporaryDir sdk;
-        for (int i = 0; i < 2000; ++i)
-            writeFile(sdk.filePath(u"samples/%1"_s.arg(i)), {});
-        const Application application({sdk.filePath(u"samples"_s).toUtf8(), "x"});
+        const Application application({"%1", "x"}, 2000);
         application.addCMakeGui();
         Backend backend;
         connect(&backend, &Backend::copyProgressChanged, &backend, &Backend::abort);
@@ -282,15 +266,9 @@ private slots:
 
     void waitsForItsCopyWhenDestroyed()
     {
-        const QTemporaryDir sdk;
-        for (int i = 0; i < 500; ++i)
-            writeFile(sdk.filePath(u"samples/%1"_s.arg(i)), "x");
-        const Application application({sdk.filePath(u"samples"_s).toUtf8(), "x"});
-        {
-            Backend backend;
-            backend.start();
-        }
-        QCOMPARE(readTree(application.documents() + u"/x"_s), readTree(sdk.filePath(u"samples"_s)));
+        const Application application({"%1", "x"}, 500);
+        Backend().start();
+        QCOMPARE(readTree(application.documents() + u"/x"_s), readTree(application.samples()));
     }
 };
 
