@@ -6,7 +6,7 @@
 // source at copy time. A list holds every folder before its contents.
 struct CopyFileEntry
 {
-    QString sourcePath;      // absolute
-    QString destinationPath; // absolute
-    QString relativePath;    // relative to the destination root; only for display
+    QString sourcePath;
+    QString destinationPath;
+    QString relativePath; // relative to the destination root; only for display
 };

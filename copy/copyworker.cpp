@@ -7,22 +7,30 @@
 #include "copy/walk.h"
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 
 #include <filesystem>
 
 using Qt::StringLiterals::operator""_s;
 
+// Failures are passed over throughout: a run copies what it can.
 namespace {
+
+// By way of UTF-8, as the conversion from UTF-16 throws on text that is not well-formed.
+std::filesystem::path toPath(const QString& path)
+{
+    const QByteArray utf8 = path.toUtf8();
+    return std::u8string(utf8.begin(), utf8.end());
+}
 
 // Whether removing `destination` would remove `source`. Compares file identities on the way up
 // from the source, so that neither links nor the spelling of a path hide it.
 bool holdsSource(const QString& destination, const QString& source)
 {
     std::error_code error;
-    const std::filesystem::path target(destination.toStdU16String());
-    auto folder = std::filesystem::canonical(source.toStdU16String(), error);
-    if (error)
-        return false;
+    const std::filesystem::path target = toPath(destination);
+    auto folder = std::filesystem::weakly_canonical(toPath(source), error);
     while (!std::filesystem::equivalent(folder, target, error)) {
         if (folder == folder.parent_path())
             return false;
@@ -35,16 +43,16 @@ void prepareDestination(const QString& destination)
 {
     QDir directory(destination);
     if (directory.exists())
-        static_cast<void>(directory.removeRecursively());
+        directory.removeRecursively();
     if (!directory.exists())
-        static_cast<void>(directory.mkpath(u"."_s));
+        directory.mkpath(u"."_s);
 }
 
 void copyEntry(const CopyFileEntry& entry)
 {
     const QFileInfo source(entry.sourcePath);
     if (source.isDir()) {
-        static_cast<void>(QDir(entry.destinationPath).mkpath(u"."_s));
+        QDir(entry.destinationPath).mkpath(u"."_s);
         return;
     }
     // Opening a pipe or a device could wait for ever.

@@ -19,7 +19,7 @@ class CopyWorker : public QThread
 
 public:
     // `source` is the SDK's samples folder; its siblings "bin", "lib" and "dotnet" are used in
-    // .NET mode. Both paths are absolute, with "/" as separator.
+    // .NET mode. Both paths have "/" as separator; relative ones count from the working folder.
     CopyWorker(QObject* parent, QString source, QString destination, bool dotnet, bool copyWrapper);
 
     // Stops the copy before its next entry; what was copied is still adapted. From any thread.

@@ -10,7 +10,7 @@
 // A non-empty `includeNames` takes only the named top-level entries; `excludeNames` drops named
 // top-level entries and wins over `includeNames`. Names compare whole and case-sensitively.
 //
-// An unreadable or missing `directory` adds nothing. Link cycles end where the system's limit on
-// links in a path does. May be called on any thread.
+// An unreadable or missing `directory` adds nothing. Link cycles are not looked for. May be called
+// on any thread.
 void Walk(QList<QString>& out, QString relativePrefix, QString directory,
           const QList<QString>& includeNames, const QList<QString>& excludeNames);
