@@ -2,7 +2,7 @@
 
 #include "kvoui/widgetfiledialog.h"
 
-#include <QtQml>
+#include <qqml.h>
 
 void kvouiInitPlugin()
 {

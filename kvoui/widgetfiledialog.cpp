@@ -1,7 +1,8 @@
 #include "kvoui/widgetfiledialog.h"
 
+#include <QDir>
 #include <QFileDialog>
-#include <QGuiApplication>
+#include <QFileInfo>
 #include <QWindow>
 
 using Qt::StringLiterals::operator""_s;
@@ -11,9 +12,20 @@ namespace {
 // Given a folder that does not exist, the dialog would start in the working folder.
 QString nearestFolder(QString path)
 {
-    while (!path.isEmpty() && !QFileInfo(path).isDir())
-        path = QFileInfo(path).path();
-    return path.isEmpty() ? QDir::homePath() : path;
+    while (!QFileInfo(path).isDir()) {
+        const QString parent = QFileInfo(path).path();
+        if (path.isEmpty() || parent == path)
+            return QDir::homePath();
+        path = parent;
+    }
+    return path;
+}
+
+QWindow* windowAround(QObject* object)
+{
+    while (object && !object->isWindowType())
+        object = object->parent();
+    return static_cast<QWindow*>(object);
 }
 
 } // namespace
@@ -41,9 +53,8 @@ void WidgetFileDialog::open()
     connect(m_dialog.get(), &QFileDialog::accepted, this, &WidgetFileDialog::accept);
 
     // A widget cannot have a Quick window as its parent, but its window can stay above it.
-    QWindow* const window = QGuiApplication::focusWindow();
     m_dialog->winId();
-    m_dialog->windowHandle()->setTransientParent(window);
+    m_dialog->windowHandle()->setTransientParent(windowAround(parent()));
     m_dialog->open();
 }
 

@@ -8,7 +8,8 @@
 class QFileDialog;
 
 // A file or folder chooser for QML: the platform's own dialog where there is one, else Qt's.
-// Offers local files only. The properties count when `open` is called.
+// Offers local files only. The properties count when `open` is called. Belongs to its parent, and
+// stays above the window that it is declared in.
 class WidgetFileDialog : public QObject
 {
     Q_OBJECT
@@ -24,7 +25,7 @@ public:
     explicit WidgetFileDialog(QObject* parent = nullptr);
     ~WidgetFileDialog() override;
 
-    // Shows the dialog over the focused window, or brings it to the front if it is open already.
+    // Shows the dialog, or brings it to the front if it is open already; returns at once.
     Q_INVOKABLE void open();
 
 signals:
