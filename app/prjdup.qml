@@ -31,6 +31,16 @@ ApplicationWindow {
         Keys.onReturnPressed: (event) => { if (!event.isAutoRepeat) press() }
     }
 
+    component ButtonBox: DialogButtonBox {
+        padding: 8
+        topPadding: 0
+        spacing: 8
+        alignment: Qt.AlignRight
+        delegate: Component {
+            PushButton {}
+        }
+    }
+
     // Trimmed, since a dialog must fit into the window's fixed height.
     component OverlayDialog: Dialog {
         id: dialog
@@ -49,15 +59,9 @@ ApplicationWindow {
             padding: 8
             bottomPadding: 0
         }
-        footer: DialogButtonBox {
-            padding: 8
-            topPadding: 0
-            spacing: 8
-            alignment: Qt.AlignRight
-            delegate: PushButton {
-                implicitWidth: Math.max(100, implicitContentWidth + leftPadding + rightPadding)
-            }
-        }
+        footer: ButtonBox {}
+
+        onClosed: copyButton.forceActiveFocus(Qt.TabFocusReason)
     }
 
     component PlainText: Label {
@@ -69,7 +73,7 @@ ApplicationWindow {
         id: messageDialog
 
         property alias text: message.text
-        readonly property real room: window.height - header.height - footer.height - topPadding - bottomPadding
+        readonly property real room: window.height - height + availableHeight
 
         ColumnLayout {
             anchors { left: parent.left; right: parent.right; top: parent.top }
@@ -151,13 +155,14 @@ ApplicationWindow {
                 Accessible.name: destinationLabel.text
 
                 ToolTip {
+                    id: destinationToolTip
                     objectName: "destinationToolTip"
                     visible: destinationField.hovered
                     text: window.backend.destination
                     width: Math.min(destinationField.contentWidth + 1 + leftPadding + rightPadding, window.width - 16)
                     contentItem: PlainText {
                         objectName: "toolTipText"
-                        text: destinationField.text
+                        text: destinationToolTip.text
                     }
                 }
             }
@@ -222,11 +227,10 @@ ApplicationWindow {
         objectName: "copyDlg"
         title: qsTr("Copy Progress")
         visible: window.backend.copying
-        footer: DialogButtonBox {
-            padding: 8
-            topPadding: 0
-            alignment: Qt.AlignRight
+        onOpened: abortButton.forceActiveFocus(Qt.TabFocusReason)
+        footer: ButtonBox {
             PushButton {
+                id: abortButton
                 objectName: "abortButton"
                 text: window.backend.copying ? qsTr("Abort") : qsTr("Close")
                 DialogButtonBox.buttonRole: DialogButtonBox.ActionRole

@@ -48,3 +48,11 @@ inline Tree readTree(const QString& root)
     }
     return tree;
 }
+
+// Makes `path` the home folder that Qt's standard paths lie in, whatever the user has configured.
+inline void setHome(const QString& path)
+{
+    qputenv("HOME", path.toUtf8());
+    qputenv("CFFIXED_USER_HOME", path.toUtf8());
+    qunsetenv("XDG_CONFIG_HOME");
+}
