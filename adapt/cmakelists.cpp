@@ -8,13 +8,20 @@ bool FilterCMakeLists(QString file, QString sdkDir)
     sdkDir = QDir::fromNativeSeparators(QDir::cleanPath(sdkDir) + u'/');
 
     QFile cmakeLists(file);
-    if (!cmakeLists.open(QIODevice::ReadWrite | QIODevice::ExistingOnly))
+    // Unbuffered, so that a failed write is seen at once.
+    if (!cmakeLists.open(QIODevice::ReadWrite | QIODevice::ExistingOnly | QIODevice::Unbuffered))
         return false;
-    QByteArray content = cmakeLists.readAll();
+    const QByteArray original = cmakeLists.readAll();
+    QByteArray content = original;
     content.replace("#set(ZUVYSDKDIR \"@PRJDUP_ZUVYSDKDIR@\")",
                     "set(ZUVYSDKDIR \"" + sdkDir.toUtf8() + "\")");
-    cmakeLists.seek(0);
-    cmakeLists.resize(content.size());
-    cmakeLists.write(content);
+    const auto overwrite = [&](const QByteArray& bytes) {
+        cmakeLists.seek(0);
+        cmakeLists.resize(bytes.size());
+        return cmakeLists.write(bytes) == bytes.size();
+    };
+    // Rather as it was than half-written, as on a full disk.
+    if (!overwrite(content))
+        overwrite(original);
     return true;
 }

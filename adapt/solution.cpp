@@ -5,8 +5,10 @@
 #include "kvo/file.h"
 #include "kvo/path.h"
 
+#include <QFile>
 #include <QFileInfo>
 
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>

@@ -6,6 +6,7 @@
 #include <QIcon>
 #include <QQmlApplicationEngine>
 #include <QQuickStyle>
+#include <QUrl>
 
 using Qt::StringLiterals::operator""_s;
 

@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QDesktopServices>
 #include <QDir>
+#include <QFileInfo>
 #include <QOperatingSystemVersion>
 #include <QProcess>
 #include <QStandardPaths>
