@@ -39,7 +39,8 @@ class Program:
     """A running Copy Project window; `home` is the home folder it sees."""
 
     def __init__(self, program, *arguments, home):
-        self.process = subprocess.Popen([program, *arguments], env=os.environ | {"HOME": str(home)})
+        environment = os.environ | {"HOME": str(home), "XDG_CONFIG_HOME": str(home)}
+        self.process = subprocess.Popen([program, *arguments], env=environment)
         self.application = wait(self._application, "program on the accessibility bus")
         Atspi.Accessible.set_cache_mask(self.application, Atspi.Cache.NONE)
         self.wait("push button", "Copy")

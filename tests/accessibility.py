@@ -51,7 +51,7 @@ class Accessibility(unittest.TestCase):
         for node in shown:
             names.setdefault(node.get_role_name(), []).append(node.get_name())
         self.assertEqual(names["check box"], boxes)
-        self.assertEqual(set(names["push button"]), {"Close", "Copy", "Choose Destination Folder"})
+        self.assertEqual(sorted(names["push button"]), ["Choose Destination Folder", "Close", "Copy"])
         self.assertEqual(names["text"], ["Destination Folder:"])
         field = self.window.find("text")
         self.assertEqual(Atspi.Text.get_text(field, 0, -1), f"{self.root}/Documents/Copy")

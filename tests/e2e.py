@@ -2,8 +2,10 @@
 
 import difflib
 import hashlib
+import os
 import pathlib
 import shutil
+import subprocess
 import sys
 import tempfile
 import unittest
@@ -76,6 +78,12 @@ class EndToEnd(unittest.TestCase):
             str(new.relative_to(copy)): changed_lines(old, new) for old, new in pairs if old.is_file()
         }
         return {name: lines for name, lines in changes.items() if lines}
+
+    def test_start(self):
+        for count in (0, 1, 3):
+            command = [PROGRAM, "--style", "none", *["x"] * count]
+            result = subprocess.run(command, env=os.environ | {"QT_QUICK_CONTROLS_STYLE": "none"}, timeout=60)
+            self.assertEqual(result.returncode, 0)
 
     def test_cmake(self):
         refused = self.assertRaisesRegex(RuntimeError, "Copy them with Copy Project")
