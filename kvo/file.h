@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace kvo {
 
@@ -18,8 +20,8 @@ public:
 
     // Reads the next line without its line end (LF or CR LF) into `buffer`, NUL-terminated.
     // A line of `size` bytes or more comes in pieces of size - 1 bytes, one a call. NUL bytes of
-    // the file are left out. False, with the buffer untouched, when no line is left, after a
-    // read error, and for a size below 2.
+    // the file are left out. False, with the buffer untouched, when no line is left, for a file
+    // that is open for writing, and for a size below 2.
     bool GetLine(char* buffer, int size);
 
     // Writes the text without its terminating NUL.
@@ -29,45 +31,38 @@ public:
 protected:
     IFile() = default;
 
-    // Reads up to `count` bytes and returns how many; 0 at the end, after an error and when the
-    // file is not open for reading.
-    virtual std::size_t Read(char* data, std::size_t count) = 0;
+    // All that can be read; it only ever grows.
+    virtual std::string_view Contents() const = 0;
     // Writes all bytes; a failure is the file's own to handle.
     virtual void Write(const char* data, std::size_t count) = 0;
 
 private:
-    bool ReadAhead();
-
-    std::string m_ahead;    // read from the file, without its NUL bytes
-    std::size_t m_next = 0; // where in m_ahead the next line begins
+    std::size_t m_next = 0; // where the next line begins
 };
 
 // A file in memory that grows as it is written; lines are read from its beginning.
 class CMemFile final : public IFile
 {
 public:
+    explicit CMemFile(std::string bytes = {})
+        : m_bytes(std::move(bytes))
+    {}
     // An empty memory file; never null.
-    static std::unique_ptr<CMemFile> Create();
+    static std::unique_ptr<CMemFile> Create() { return std::make_unique<CMemFile>(); }
 
     // The first byte of the contents; never null, valid until the next write.
     const char* data() const { return m_bytes.data(); }
     std::uint32_t size() const { return static_cast<std::uint32_t>(m_bytes.size()); }
 
 private:
-    std::size_t Read(char* data, std::size_t count) override;
-    void Write(const char* data, std::size_t count) override;
+    std::string_view Contents() const override { return m_bytes; }
+    void Write(const char* data, std::size_t count) override { m_bytes.append(data, count); }
 
     std::string m_bytes;
-    std::size_t m_read = 0;
 };
 
-// The bits of an open mode, and the two modes that IFileSystem::Open knows.
-inline constexpr int OpenRead = 0x02;
-inline constexpr int OpenWrite = 0x08;
-inline constexpr int OpenExisting = 0x10;
-inline constexpr int OpenReplace = 0x20;
-inline constexpr int OpenForReading = OpenRead | OpenExisting;
-inline constexpr int OpenForWriting = OpenWrite | OpenReplace;
+inline constexpr int OpenForReading = 0x12;
+inline constexpr int OpenForWriting = 0x28;
 
 // The files on disk.
 class IFileSystem
@@ -75,10 +70,9 @@ class IFileSystem
 public:
     // Opens the file at the UTF-8 `path`; null on failure, for any other mode, and for what is
     // not a regular file (a folder, a pipe, a device).
-    // OpenForReading: the file must exist.
+    // OpenForReading: the file must exist; it is read into memory, and never written.
     // OpenForWriting: the file is created, or its contents replaced, as the returned file is
-    // destroyed; when a write has failed it then stays as it was. Only where the folder allows
-    // no new file is an existing one emptied at once and written in place.
+    // destroyed; when a write has failed it then stays as it was.
     virtual std::unique_ptr<IFile> Open(const std::string& path, int mode) = 0;
 
 protected:

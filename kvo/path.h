@@ -4,8 +4,8 @@
 #include <string_view>
 
 // Path operations on UTF-8 text. Nothing here looks at the disk: links are not followed and case
-// counts. Both "/" and "\" separate components in every argument, also where the platform allows
-// "\" in a name; `separator` is what a result is joined with.
+// counts. Both "/" and "\" separate the components of an argument, but in one that begins with "/"
+// on Unix "\" is part of a name; `separator` is what a result is joined with.
 namespace kvo::path {
 
 // What follows the last separator; empty when the path ends in one.
@@ -30,8 +30,8 @@ std::string ConvertSlashes(std::string_view path, char separator);
 std::string ExpandRelativePath(std::string_view base, std::string_view path, char separator);
 
 // `target` as seen from the folder `base`, climbing with ".." where needed; "." for the folder
-// itself, and the absolute target when no relative path leads there (another drive).
-// ExpandRelativePath(base, RelativePath(base, target, s), s) is the normalised target.
+// itself, and the absolute target when no relative path leads there (another drive, a name with
+// "\"). ExpandRelativePath(base, RelativePath(base, target, '/'), '/') is the normalised target.
 std::string RelativePath(std::string_view base, std::string_view target, char separator);
 
 // Whether `path` lies inside `folder`, at any depth. A folder does not lie inside itself.

@@ -1,30 +1,35 @@
 #include "kvo/xmlfile.h"
 
+#include "kvo/wholefile.h"
 #include "kvo/xmltext.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QSaveFile>
 #include <QXmlStreamReader>
 
 #include <algorithm>
-#include <unordered_map>
+#include <map>
+
+using Qt::StringLiterals::operator""_s;
 
 namespace kvo {
 
 namespace {
 
-// A replacement of a piece of the loaded text.
-struct Edit
-{
-    qsizetype begin;
-    qsizetype end;
-    QString text;
-};
-
 std::string Utf8(QStringView text)
 {
     return text.toUtf8().toStdString();
+}
+
+// QXmlStreamReader compares the attributes of a tag with each other, which takes minutes for very
+// many. As no "<" stands within a tag, the quotes up to the next one bound their number.
+bool HasHugeTag(QStringView text)
+{
+    constexpr qsizetype most = 1000;
+    for (const QStringView piece : text.tokenize(u'<')) {
+        if (piece.count(u'"') + piece.count(u'\'') > 2 * most)
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -68,6 +73,7 @@ CXMLFile::CNode::~CNode()
 
 void CXMLFile::CNode::Append(CNode* node)
 {
+    node->m_isOwned = true;
     node->m_parent = this;
     node->m_previous = m_lastChild;
     (m_lastChild ? m_lastChild->m_next : m_child) = node;
@@ -83,7 +89,7 @@ void CXMLFile::CNode::Detach(CNode* node)
 
 void CXMLFile::CNode::InsertChild(CNode* node, bool)
 {
-    if (node && node != this && !node->m_parent && !node->IsLoaded())
+    if (node && node != this && !node->m_isOwned)
         Append(node);
 }
 
@@ -106,17 +112,10 @@ struct CXMLFile::Document
     bool Parse();
     CNode* OpenElement(CNode* parent, const QXmlStreamReader& reader, qsizetype end);
     void CloseElement(CNode& node, qsizetype end);
-    void LearnIndent(const CNode& parent, const CNode& child);
-    void Remember(qsizetype begin, qsizetype end, const std::string& meaning);
-    bool Changed(qsizetype begin, qsizetype end, const std::string& now) const;
 
     CXMLText source;
-    QString indent; // of one level
-    // What a piece of the text, named by where it begins, means if that is not what it says.
-    std::unordered_map<qsizetype, std::string> meanings;
     std::unique_ptr<CNode> root;
     std::vector<std::unique_ptr<CNode>> removed; // the caller may still hold elements within
-    CNode* current = nullptr;
 };
 
 bool CXMLFile::Document::Parse()
@@ -125,12 +124,13 @@ bool CXMLFile::Document::Parse()
     QXmlStreamReader reader(text);
     reader.setNamespaceProcessing(false);
     // Bounds what all entity references of the text can make together, not one alone.
-    reader.setEntityExpansionLimit(std::min<qsizetype>(4096, 64'000'000 / (text.count(u'&') + 1)));
+    const qsizetype limit = 64'000'000 / (text.count(u'&') + 1);
+    reader.setEntityExpansionLimit(int(std::min<qsizetype>(4096, limit)));
 
     CNode* open = nullptr;
     while (!reader.atEnd()) {
         const auto token = reader.readNext();
-        const qsizetype end = source.Begin() + reader.characterOffset();
+        const qsizetype end = reader.characterOffset();
         if (token == QXmlStreamReader::StartElement) {
             if (text[end - 1] == u'>')
                 open = OpenElement(open, reader, end);
@@ -140,12 +140,9 @@ bool CXMLFile::Document::Parse()
             CloseElement(*open, end);
             open = open->m_parent;
         } else if (token == QXmlStreamReader::Characters && open && !open->m_child) {
-            open->value += reader.text().toUtf8().toStdString();
+            open->value += Utf8(reader.text());
         }
     }
-    if (indent.isEmpty())
-        indent = QStringLiteral("  ");
-    current = root.get();
     return !reader.hasError();
 }
 
@@ -154,25 +151,20 @@ CXMLFile::CNode* CXMLFile::Document::OpenElement(CNode* parent, const QXmlStream
 {
     auto* node = new CNode(Utf8(reader.qualifiedName()));
     node->m_begin = source.Text().lastIndexOf(u'<', end - 1);
-    node->m_content = node->m_valueEnd = node->m_contentEnd = node->m_end = end;
+    node->m_content = node->m_contentEnd = node->m_end = end;
     if (parent) {
         parent->value.clear();
         parent->Append(node);
-        LearnIndent(*parent, *node);
     } else {
+        node->m_isOwned = true;
         root.reset(node);
     }
-
-    qsizetype position = node->m_begin + 1 + reader.qualifiedName().size();
     for (const QXmlStreamAttribute& attribute : reader.attributes()) {
-        if (attribute.isDefault())
-            continue;
-        const AttribSpan span = *source.NextAttrib(position);
-        const std::string value = Utf8(attribute.value());
-        Remember(span.value, span.valueEnd, value);
-        node->attributes.m_items.emplace_back(Utf8(attribute.qualifiedName()), value);
-        position = span.valueEnd + 1;
+        if (!attribute.isDefault())
+            node->attributes.m_items.emplace_back(Utf8(attribute.qualifiedName()),
+                                                  Utf8(attribute.value()));
     }
+    node->m_loadedAttributes = node->attributes;
     return node;
 }
 
@@ -182,32 +174,7 @@ void CXMLFile::Document::CloseElement(CNode& node, qsizetype end)
         return; // <a/>
     node.m_end = end;
     node.m_contentEnd = source.Text().lastIndexOf(u'<', end - 1);
-    if (!node.m_child)
-        node.m_valueEnd = node.m_contentEnd;
-    Remember(node.m_content, node.m_valueEnd, node.value);
-}
-
-void CXMLFile::Document::LearnIndent(const CNode& parent, const CNode& child)
-{
-    if (!indent.isEmpty() || parent.m_child != &child)
-        return;
-    const QString outer = source.Lead(parent.m_begin);
-    const QString inner = source.Lead(child.m_begin);
-    if (!outer.isEmpty() && inner.startsWith(outer))
-        indent = inner.sliced(outer.size());
-}
-
-void CXMLFile::Document::Remember(qsizetype begin, qsizetype end, const std::string& meaning)
-{
-    if (!Equals(source.Piece(begin, end), meaning))
-        meanings.emplace(begin, meaning);
-}
-
-bool CXMLFile::Document::Changed(qsizetype begin, qsizetype end, const std::string& now) const
-{
-    const auto meaning = meanings.find(begin);
-    return meaning == meanings.end() ? !Equals(source.Piece(begin, end), now)
-                                     : meaning->second != now;
+    node.m_loadedValue = node.value;
 }
 
 // Turns what differs between the tree and the text into edits of the text.
@@ -227,11 +194,11 @@ private:
     void EditAttributes(const CNode& node);
     void EditContent(const CNode& node);
     void ReplaceValue(const CNode& node);
-    void TakeOut(const CNode& node);
+    void TakeOutRemoved();
 
     QString AddedChildren(const CNode& parent, qsizetype end) const;
-    QString ChildLead(const CNode& parent) const;
-    QString Elements(const CNode* node, QString lead) const;
+    QString Indent(const CNode& node) const;
+    QString Elements(const CNode* node, QString lead, const QString& indent) const;
     QString StartTag(const CNode& node) const;
     static QString EndTag(const QString& name);
     QString Attribute(const std::pair<std::string, std::string>& attribute) const;
@@ -239,31 +206,29 @@ private:
     const Document& m_document;
     const CXMLText& m_source;
     const QString& m_text;
-    std::vector<Edit> m_edits;
+    std::map<qsizetype, qsizetype> m_removed;       // where elements that are to go begin and end
+    std::multimap<CXMLText::Span, QString> m_edits; // what takes the place of a piece of the text
 };
 
 QString CXMLFile::Writer::Edited()
 {
     for (const auto& node : m_document.removed) {
         if (node->IsLoaded())
-            TakeOut(*node);
+            m_removed.emplace(node->m_begin, node->m_end);
     }
+    TakeOutRemoved();
     for (const CNode* node = m_document.root.get(); node; node = Following(node)) {
         EditAttributes(*node);
         EditContent(*node);
     }
-    std::stable_sort(m_edits.begin(), m_edits.end(), [](const Edit& a, const Edit& b) {
-        return std::pair(a.begin, a.end) < std::pair(b.begin, b.end);
-    });
-
     QString edited;
     qsizetype done = 0;
-    for (const Edit& edit : m_edits) {
-        if (edit.begin < done)
-            continue; // within an element that was taken out
-        edited += m_source.Piece(done, edit.begin);
-        edited += edit.text;
-        done = edit.end;
+    for (const auto& [span, text] : m_edits) {
+        if (span.first >= done) { // not within what is gone
+            edited += m_source.Piece(done, span.first);
+            edited += text;
+        }
+        done = std::max(done, span.second);
     }
     return edited += m_source.Piece(done, m_text.size());
 }
@@ -271,7 +236,7 @@ QString CXMLFile::Writer::Edited()
 // The next loaded element in the order of the file; inserted siblings come after loaded ones.
 const CXMLFile::CNode* CXMLFile::Writer::Following(const CNode* node)
 {
-    if (node->m_child && node->m_child->IsLoaded())
+    if (node->HasLoadedChild())
         return node->m_child;
     while (node && !(node->m_next && node->m_next->IsLoaded()))
         node = node->m_parent;
@@ -280,99 +245,121 @@ const CXMLFile::CNode* CXMLFile::Writer::Following(const CNode* node)
 
 void CXMLFile::Writer::EditAttributes(const CNode& node)
 {
+    const auto& items = node.attributes.m_items;
+    const auto& loaded = node.m_loadedAttributes.m_items;
+    if (items == loaded)
+        return;
     qsizetype position = node.m_begin + 1 + m_source.Name(node.m_begin).size();
-    auto now = node.attributes.m_items.begin();
-    const auto last = node.attributes.m_items.end();
+    auto now = items.begin();
     // Attributes are only taken out or added at the end, so one pass finds which are which.
-    while (const auto span = m_source.NextAttrib(position)) {
-        if (now == last || !Equals(span->name, now->first))
-            m_edits.push_back({position, span->valueEnd + 1, {}});
-        else {
-            if (m_document.Changed(span->value, span->valueEnd, now->second)) {
-                const char16_t quote = m_text[span->value - 1].unicode();
-                m_edits.push_back(
-                    {span->value, span->valueEnd, m_source.Escaped(now->second, quote)});
+    for (const auto& [name, value] : loaded) {
+        const auto [begin, end] = m_source.NextValue(position);
+        if (now == items.end() || now->first != name) {
+            m_edits.insert({{position, end + 1}, {}});
+        } else {
+            if (now->second != value) {
+                const QChar quote = m_text[end];
+                m_edits.insert({{begin, end}, m_source.Escaped(now->second, quote.unicode())});
             }
             ++now;
         }
-        position = span->valueEnd + 1;
+        position = end + 1;
     }
-    for (; now != last; ++now)
-        m_edits.push_back({position, position, Attribute(*now)});
+    for (; now != items.end(); ++now)
+        m_edits.insert({{position, position}, Attribute(*now)});
 }
 
 void CXMLFile::Writer::EditContent(const CNode& node)
 {
-    const bool changed = m_document.Changed(node.m_content, node.m_valueEnd, node.value);
+    const bool changed = node.value != node.m_loadedValue;
     const bool grown = node.m_lastChild && !node.m_lastChild->IsLoaded();
     if (!changed && !grown)
         return;
-    const qsizetype end = std::max<qsizetype>(changed ? node.m_valueEnd : node.m_content,
-                                              m_source.BlanksBefore(node.m_contentEnd));
+    const qsizetype end = changed && !node.HasLoadedChild()
+                              ? node.m_contentEnd
+                              : m_source.BlanksBefore(node.m_contentEnd);
     const QString added = grown ? AddedChildren(node, end) : QString();
     if (node.m_content == node.m_end) {
         const qsizetype slash = m_source.BlanksBefore(node.m_end - 2);
         const QStringView name = m_source.Name(node.m_begin);
-        m_edits.push_back({slash, node.m_end,
-                           u'>' + m_source.Escaped(node.value) + added + EndTag(name.toString())});
+        m_edits.insert({{slash, node.m_end},
+                        u'>' + m_source.Escaped(node.value) + added + EndTag(name.toString())});
         return;
     }
     if (changed)
         ReplaceValue(node);
-    m_edits.push_back({end, end, added});
+    if (grown)
+        m_edits.insert({{end, end}, added});
 }
 
 void CXMLFile::Writer::ReplaceValue(const CNode& node)
 {
     QString value = m_source.Escaped(node.value);
+    const qsizetype valueEnd = node.HasLoadedChild() ? node.m_content : node.m_contentEnd;
     qsizetype position = node.m_content;
     for (;;) {
-        const qsizetype end = m_source.DataEnd(position, node.m_valueEnd);
-        if (end > position || end == node.m_valueEnd)
-            m_edits.push_back({position, end, std::exchange(value, {})});
-        if (end == node.m_valueEnd)
+        const qsizetype end = m_source.DataEnd(position, valueEnd);
+        if (end > position || end == valueEnd)
+            m_edits.insert({{position, end}, std::exchange(value, {})});
+        if (end == valueEnd)
             return;
-        position = m_source.MarkupEnd(end);
+        const auto removed = m_removed.find(end);
+        position = removed != m_removed.end() ? removed->second : m_source.MarkupEnd(end);
     }
 }
 
-// Takes the white space before the element along, unless that would join words.
-void CXMLFile::Writer::TakeOut(const CNode& node)
+// A whole line goes with the white space that led to it. What else stands on a line stays where
+// it is, and no words are joined.
+void CXMLFile::Writer::TakeOutRemoved()
 {
-    const qsizetype blanks = m_source.BlanksBefore(node.m_begin);
-    const QChar after = m_text[node.m_end];
-    const bool apart = IsBlank(after) || (after == u'<' && m_text[blanks - 1] == u'>');
-    m_edits.push_back({apart ? blanks : node.m_begin, node.m_end, {}});
+    for (auto next = m_removed.begin(); next != m_removed.end();) {
+        const qsizetype begin = next->first;
+        qsizetype end = begin;
+        qsizetype after = begin;
+        for (; next != m_removed.end() && next->first <= after; ++next) {
+            end = std::max(end, next->second);
+            after = m_source.SpacesAfter(end);
+        }
+        const bool lineEnds = m_text[after] == u'\r' || m_text[after] == u'\n';
+        m_edits.insert({{lineEnds ? m_source.BlanksBefore(begin) : begin, end}, {}});
+        if (lineEnds || IsBlank(m_text[begin - 1]))
+            m_edits.insert({{end, after}, {}});
+    }
 }
 
-// The inserted children, for `end`, where the white space before the end tag begins.
+// The inserted children, to be put at `end`. They stand as the first loaded one does, or one level
+// deeper than the parent.
 QString CXMLFile::Writer::AddedChildren(const CNode& parent, qsizetype end) const
 {
     const CNode* first = parent.m_lastChild;
     while (first->m_previous && !first->m_previous->IsLoaded())
         first = first->m_previous;
-    const QString lead = ChildLead(parent);
-    const QString added = Elements(first, lead);
-    const auto rest = m_source.Piece(end, parent.m_contentEnd);
-    const bool closed = lead.isEmpty() || rest.contains(u'\n') || rest.contains(u'\r');
+    const bool hasSibling = parent.HasLoadedChild();
+    const bool hasText = parent.value.find_first_not_of(" \t\r\n") != std::string::npos;
+    const CNode& model = hasSibling ? *parent.m_child : parent;
+    const QString lead = m_source.Lead(model.m_begin);
+    if (lead.isEmpty() || (hasText && !hasSibling))
+        return Elements(first, {}, {});
+    const QString indent = Indent(model);
+    const QString added = Elements(first, hasSibling ? lead : lead + indent, indent);
+    const QStringView rest = m_source.Piece(end, parent.m_contentEnd);
+    const bool closed = rest.contains(u'\n') || rest.contains(u'\r');
     return closed ? added : added + m_source.Lead(parent.m_begin);
 }
 
-QString CXMLFile::Writer::ChildLead(const CNode& parent) const
+// What the element is indented by beyond its parent; the top element shows nothing of the kind.
+QString CXMLFile::Writer::Indent(const CNode& node) const
 {
-    if (parent.m_child->IsLoaded())
-        return m_source.Lead(parent.m_child->m_begin);
-    const QString lead = m_source.Lead(parent.m_begin);
-    const bool hasText = parent.value.find_first_not_of(" \t\r\n") != std::string::npos;
-    return lead.isEmpty() || hasText ? QString() : lead + m_document.indent;
+    const QString outer = node.m_parent ? m_source.Lead(node.m_parent->m_begin) : QString();
+    const QString inner = m_source.Lead(node.m_begin);
+    return !outer.isEmpty() && inner.startsWith(outer) ? inner.sliced(outer.size()) : u"  "_s;
 }
 
 // The inserted node, the siblings after it and all below them, each on a line of its own unless
 // `lead` is empty.
-QString CXMLFile::Writer::Elements(const CNode* node, QString lead) const
+QString CXMLFile::Writer::Elements(const CNode* node, QString lead, const QString& indent) const
 {
     const CNode* const parent = node->m_parent;
-    const QString indent = lead.isEmpty() ? QString() : m_document.indent;
     QString text;
     while (node != parent) {
         text += lead + StartTag(*node);
@@ -399,72 +386,58 @@ QString CXMLFile::Writer::StartTag(const CNode& node) const
     for (const auto& attribute : node.attributes.m_items)
         text += Attribute(attribute);
     if (!node.m_child && node.value.empty())
-        return text + QStringLiteral(" />");
+        return text + u" />"_s;
     text += u'>' + m_source.Escaped(node.value);
     return node.m_child ? text : text + EndTag(name);
 }
 
 QString CXMLFile::Writer::EndTag(const QString& name)
 {
-    return QStringLiteral("</") + name + u'>';
+    return u"</"_s + name + u'>';
 }
 
 QString CXMLFile::Writer::Attribute(const std::pair<std::string, std::string>& attribute) const
 {
-    return u' ' + QString::fromStdString(attribute.first) + QStringLiteral("=\"") +
+    return u' ' + QString::fromStdString(attribute.first) + u"=\""_s +
            m_source.Escaped(attribute.second, u'"') + u'"';
 }
 
-CXMLFile::CXMLFile() = default;
+CXMLFile::CXMLFile()
+    : m_document(std::make_unique<Document>())
+{}
+
 CXMLFile::~CXMLFile() = default;
 
 bool CXMLFile::Load(const std::string& path)
 {
-    m_document.reset();
-    QFile file(QString::fromStdString(path));
-    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly))
-        return false;
+    const auto bytes = ReadWhole(path);
     auto document = std::make_unique<Document>();
-    if (!document->source.Decode(file.readAll()) || !document->Parse())
-        return false;
-    m_document = std::move(document);
-    return true;
+    const bool loaded = bytes && document->source.Decode(*bytes) &&
+                        !HasHugeTag(document->source.Text()) && document->Parse();
+    m_document = loaded ? std::move(document) : std::make_unique<Document>();
+    Root();
+    return loaded;
 }
 
 bool CXMLFile::Save(const std::string& path) const
 {
-    const QFileInfo info(QString::fromStdString(path));
-    if (!m_document || path.empty() || (info.exists() && !info.isFile()))
+    const auto file = m_document->root ? OpenReplacement(path) : nullptr;
+    if (!file)
         return false;
     const auto bytes = m_document->source.Encode(Writer(*m_document).Edited());
-    QSaveFile file(info.filePath());
-    return bytes && file.open(QIODevice::WriteOnly) && file.write(*bytes) == bytes->size() &&
-           file.flush() && file.commit();
-}
-
-CXMLFile::CNode* CXMLFile::GetCurr() const
-{
-    return m_document ? m_document->current : nullptr;
-}
-
-void CXMLFile::SetCurr(CNode* node)
-{
-    if (m_document)
-        m_document->current = node;
+    return bytes && file->write(*bytes) == bytes->size() && file->commit();
 }
 
 void CXMLFile::Root()
 {
-    if (m_document)
-        m_document->current = m_document->root.get();
+    m_current = m_document->root.get();
 }
 
 void CXMLFile::Remove()
 {
-    CNode* const node = GetCurr();
-    if (node && node->m_parent) {
-        node->m_parent->Detach(node);
-        m_document->removed.emplace_back(node);
+    if (m_current && m_current->m_parent) {
+        m_current->m_parent->Detach(m_current);
+        m_document->removed.emplace_back(m_current);
     }
     Root();
 }

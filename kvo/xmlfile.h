@@ -11,8 +11,10 @@ namespace kvo {
 // An XML 1.0 document that keeps every byte which no edit touches: its encoding, line ends,
 // comments, quotes and white space. All strings are UTF-8. One document is used by one thread.
 //
-// DTDs and entities outside the file are never read, and a file whose entities expand beyond all
-// measure is refused. Elements that stand in an entity's text are no nodes; they stay as written.
+// DTDs and entities outside the file are never read. Refused although well-formed: XML 1.1, more
+// than 1,000 attributes in a tag, an entity that expands to over 4,096 characters (fewer where
+// entities are used very often), names with characters beyond U+FFFF, and encodings that Qt was
+// built without. Elements that stand in an entity's text are no nodes; they stay as written.
 class CXMLFile
 {
 public:
@@ -46,7 +48,7 @@ public:
         CNode& operator=(const CNode&) = delete;
 
         // Makes the node, created by the caller, the last child; it belongs to this node then.
-        // Ignored when the node is null or belongs to a node already. The boolean has no effect.
+        // Ignored when the node is null or was inserted before. The boolean has no effect.
         void InsertChild(CNode* node, bool);
 
         // Null when there is none. Only elements are visited.
@@ -58,26 +60,31 @@ public:
         std::string name;
         // The character data, references resolved and line ends as LF. Comments and processing
         // instructions in it outlive a change, CDATA sections and entity references do not. An
-        // element with child elements has an empty value; one assigned is put before them.
+        // element that had child elements as it was loaded has an empty value; one assigned is
+        // put before those that are left, or takes the place of all character data.
         std::string value;
         CAttribArray attributes;
 
     private:
         friend class CXMLFile;
         bool IsLoaded() const { return m_end != 0; }
+        bool HasLoadedChild() const { return m_child && m_child->IsLoaded(); }
         void Append(CNode* node);
         void Detach(CNode* node);
 
+        bool m_isOwned = false; // also once it has been removed
         CNode* m_parent = nullptr;
         CNode* m_child = nullptr;
         CNode* m_lastChild = nullptr;
         CNode* m_next = nullptr;
         CNode* m_previous = nullptr;
 
-        // Where a loaded element stands in the text. The content of <a/> is empty, at its end.
+        // What was loaded, and where it stands in the text. The content of <a/> is empty, at its
+        // end.
+        std::string m_loadedValue;
+        CAttribArray m_loadedAttributes;
         std::ptrdiff_t m_begin = 0;
         std::ptrdiff_t m_content = 0;
-        std::ptrdiff_t m_valueEnd = 0; // m_content if there are child elements, else m_contentEnd
         std::ptrdiff_t m_contentEnd = 0;
         std::ptrdiff_t m_end = 0;
     };
@@ -95,8 +102,8 @@ public:
     bool Save(const std::string& path) const;
 
     // The current element; null in an empty document.
-    CNode* GetCurr() const;
-    void SetCurr(CNode* node);
+    CNode* GetCurr() const { return m_current; }
+    void SetCurr(CNode* node) { m_current = node; }
     void Root();
 
     // Takes the current element out with all below it, and makes the top element the current one.
@@ -106,7 +113,8 @@ public:
 private:
     struct Document;
     class Writer;
-    std::unique_ptr<Document> m_document;
+    std::unique_ptr<Document> m_document; // never null
+    CNode* m_current = nullptr;
 };
 
 } // namespace kvo

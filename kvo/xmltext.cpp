@@ -1,7 +1,6 @@
 #include "kvo/xmltext.h"
 
 #include <QRegularExpression>
-#include <QStringConverter>
 #include <QXmlStreamReader>
 
 #include <algorithm>
@@ -25,16 +24,16 @@ bool IsXmlChar(char32_t c)
     return c >= 0x20 ? c != 0xFFFE && c != 0xFFFF : c == '\t' || c == '\n' || c == '\r';
 }
 
+bool IsSpace(QChar c)
+{
+    return c == u' ' || c == u'\t';
+}
+
 } // namespace
 
 bool IsBlank(QChar c)
 {
-    return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n';
-}
-
-bool Equals(QStringView text, const std::string& utf8)
-{
-    return QAnyStringView::equal(text, QUtf8StringView(utf8.data(), qsizetype(utf8.size())));
+    return IsSpace(c) || c == u'\r' || c == u'\n';
 }
 
 bool CXMLText::Decode(const QByteArray& bytes)
@@ -46,22 +45,22 @@ bool CXMLText::Decode(const QByteArray& bytes)
     if (!decoder.isValid())
         return false;
     m_text = decoder(bytes);
+    if (m_text.startsWith(byteOrderMark)) {
+        m_text.remove(0, 1);
+        m_mark = QStringConverter::Flag::WriteBom;
+    }
     static const QRegularExpression lineEnd(QStringLiteral("\r\n?|\n"));
     const auto match = lineEnd.match(m_text);
     m_lineEnd = match.hasMatch() ? match.captured() : QStringLiteral("\n");
-    return Encode(m_text) == bytes;
+    // A reader would take a second mark for the first one.
+    return !m_text.startsWith(byteOrderMark) && Encode(m_text) == bytes;
 }
 
 std::optional<QByteArray> CXMLText::Encode(const QString& text) const
 {
-    QStringEncoder encoder(m_encoding.constData());
+    QStringEncoder encoder(m_encoding.constData(), m_mark);
     QByteArray bytes = encoder(text);
     return encoder.hasError() ? std::nullopt : std::optional(bytes);
-}
-
-qsizetype CXMLText::Begin() const
-{
-    return m_text.startsWith(byteOrderMark) ? 1 : 0;
 }
 
 QStringView CXMLText::Piece(qsizetype begin, qsizetype end) const
@@ -71,17 +70,24 @@ QStringView CXMLText::Piece(qsizetype begin, qsizetype end) const
 
 qsizetype CXMLText::BlanksBefore(qsizetype position) const
 {
-    while (position > Begin() && IsBlank(m_text[position - 1]))
+    while (position > 0 && IsBlank(m_text[position - 1]))
         --position;
+    return position;
+}
+
+qsizetype CXMLText::SpacesAfter(qsizetype position) const
+{
+    while (IsSpace(m_text[position]))
+        ++position;
     return position;
 }
 
 QString CXMLText::Lead(qsizetype position) const
 {
     qsizetype line = position;
-    while (line > Begin() && (m_text[line - 1] == u' ' || m_text[line - 1] == u'\t'))
+    while (line > 0 && IsSpace(m_text[line - 1]))
         --line;
-    if (line > Begin() && !IsBlank(m_text[line - 1]))
+    if (line > 0 && !IsBlank(m_text[line - 1]))
         return {};
     return m_lineEnd + m_text.mid(line, position - line);
 }
@@ -94,18 +100,12 @@ QStringView CXMLText::Name(qsizetype tag) const
     return Piece(tag + 1, end);
 }
 
-std::optional<AttribSpan> CXMLText::NextAttrib(qsizetype position) const
+CXMLText::Span CXMLText::NextValue(qsizetype position) const
 {
-    while (IsBlank(m_text[position]))
-        ++position;
-    if (m_text[position] == u'/' || m_text[position] == u'>')
-        return std::nullopt;
-    const qsizetype equals = m_text.indexOf(u'=', position);
-    qsizetype quote = equals + 1;
+    qsizetype quote = m_text.indexOf(u'=', position) + 1;
     while (IsBlank(m_text[quote]))
         ++quote;
-    return AttribSpan{Piece(position, equals).trimmed(), quote + 1,
-                      m_text.indexOf(m_text[quote], quote + 1)};
+    return {quote + 1, m_text.indexOf(m_text[quote], quote + 1)};
 }
 
 qsizetype CXMLText::DataEnd(qsizetype position, qsizetype limit) const
@@ -137,7 +137,7 @@ QString CXMLText::Escaped(char32_t c, char16_t quote) const
         return QStringLiteral("&lt;");
     if (c == '\n' && !quote)
         return m_lineEnd;
-    const QString character = QString::fromUcs4(&c, 1);
+    QString character = QString::fromUcs4(&c, 1);
     if ((c < ' ' && (quote || c != '\t')) || (quote && c == quote) ||
         (c > '~' && !Encode(character)))
         return QStringLiteral("&#%1;").arg(c);

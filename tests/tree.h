@@ -4,6 +4,15 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QMap>
+#include <QTemporaryDir>
+
+#include <csignal>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+using Names = QList<QString>;
+using Qt::StringLiterals::operator""_s;
 
 // A folder's files by relative path, with their contents; a path that ends in "/" is a folder.
 using Tree = QMap<QString, QByteArray>;
@@ -14,39 +23,50 @@ inline QByteArray readFile(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
 }
 
-inline void writeFile(const QString& path, const QByteArray& content)
+// Makes the folders above it too; a path that ends in "/" is one more.
+inline void writeFile(const QString& path, const QByteArray& content = {})
 {
-    QDir().mkpath(QFileInfo(path).path());
+    QDir().mkpath(path.section(u'/', 0, -2));
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+    if (!path.endsWith(u'/') && (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()))
         qFatal("cannot write %s", qPrintable(path));
+}
+
+inline void makePipe(const QString& path)
+{
+    if (mkfifo(qPrintable(path), 0600) != 0)
+        qFatal("cannot make %s", qPrintable(path));
 }
 
 inline void writeTree(const QString& root, const Tree& tree)
 {
-    for (auto entry = tree.begin(); entry != tree.end(); ++entry) {
-        const QString path = root + u'/' + entry.key();
-        if (path.endsWith(u'/'))
-            QDir().mkpath(path);
-        else
-            writeFile(path, entry.value());
-    }
+    for (auto entry = tree.begin(); entry != tree.end(); ++entry)
+        writeFile(root + u'/' + entry.key(), entry.value());
 }
 
 inline Tree readTree(const QString& root)
 {
     Tree tree;
     const auto filters = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
-    QDirIterator entries(root, filters, QDirIterator::Subdirectories);
-    while (entries.hasNext()) {
+    for (QDirIterator entries(root, filters, QDirIterator::Subdirectories); entries.hasNext();) {
         const QFileInfo entry(entries.next());
         const QString path = QDir(root).relativeFilePath(entry.filePath());
-        if (entry.isDir())
-            tree.insert(path + u'/', {});
-        else
-            tree.insert(path, readFile(entry.filePath()));
+        tree.insert(entry.isDir() ? path + u'/' : path, entry.isDir() ? QByteArray() : readFile(entry.filePath()));
     }
     return tree;
+}
+
+// Does what `write` does while no file can grow beyond 100 kB.
+template <typename Function>
+void writeWithLimit(Function write)
+{
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before;
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small{100'000, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    write();
+    setrlimit(RLIMIT_FSIZE, &before);
 }
 
 // Makes `path` the home folder that Qt's standard paths lie in, whatever the user has configured.

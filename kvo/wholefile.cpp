@@ -1,0 +1,28 @@
+#include "kvo/wholefile.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+namespace kvo {
+
+std::optional<QByteArray> ReadWhole(const std::string& path)
+{
+    QFile file(QString::fromStdString(path));
+    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    QByteArray bytes = file.readAll();
+    return file.error() == QFile::NoError ? std::optional(bytes) : std::nullopt;
+}
+
+std::unique_ptr<QSaveFile> OpenReplacement(const std::string& path)
+{
+    const QFileInfo info(QString::fromStdString(path));
+    if (path.empty() || (info.exists() && !info.isFile()))
+        return nullptr;
+    auto file = std::make_unique<QSaveFile>(info.filePath());
+    // commit() would not see that bytes still in a buffer could not be written.
+    return file->open(QIODevice::WriteOnly | QIODevice::Unbuffered) ? std::move(file) : nullptr;
+}
+
+} // namespace kvo
