@@ -2,119 +2,76 @@
 #include "adapt/solution.h"
 #include "adapt/strtok_quo.h"
 
-#include "tests/tree.h"
-
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <sys/stat.h>
-
-using Names = QList<QString>;
-using Qt::StringLiterals::operator""_s;
+#include "tests/table.h"
 
 class TestAdapt : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void pointsCMakeListsAtTheSdk_data()
-    {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("sdk");
-        QTest::addColumn<QByteArray>("expected");
-
-        const QByteArray line = "#set(ZUVYSDKDIR \"@PRJDUP_ZUVYSDKDIR@\")";
-        const QString opt = u"/opt/sdk"_s;
-        QTest::newRow("a shorter line leaves no stale bytes")
-            << "a\r\n" + line + "\r\nb" << u"/s"_s << QByteArray("a\r\nset(ZUVYSDKDIR \"/s/\")\r\nb");
-        QTest::newRow("a longer line grows the file")
-            << line << u"/opt/vendor/camera sdk/é"_s << QByteArray("set(ZUVYSDKDIR \"/opt/vendor/camera sdk/\xc3\xa9/\")");
-        QTest::newRow("every occurrence, wherever it stands") << line + line + "\n  " + line << opt
-                                                              << QByteArray("set(ZUVYSDKDIR \"/opt/sdk/\")set(ZUVYSDKDIR \"/opt/sdk/\")\n"
-                                                                            "  set(ZUVYSDKDIR \"/opt/sdk/\")");
-        QTest::newRow("a closing slash and dots are cleaned")
-            << line << u"/opt/x/../sdk//"_s << QByteArray("set(ZUVYSDKDIR \"/opt/sdk/\")");
-        QTest::newRow("the root folder has two slashes") << line << u"/"_s << QByteArray("set(ZUVYSDKDIR \"//\")");
-        for (const char* other :
-             {"#set( ZUVYSDKDIR \"@PRJDUP_ZUVYSDKDIR@\")", "#set(zuvysdkdir \"@PRJDUP_ZUVYSDKDIR@\")", "\xff\xfe\0x", ""})
-            QTest::addRow("other content stays: '%s'", other) << QByteArray(other) << opt << QByteArray(other);
-    }
+    void pointsCMakeListsAtTheSdk_data() { addCases(QFINDTESTDATA("data/cmakelists.txt"), {"sdk", "before", "after"}); }
 
     void pointsCMakeListsAtTheSdk()
     {
-        QFETCH(QByteArray, content);
-        QFETCH(QString, sdk);
+        QFETCH(QByteArray, sdk);
+        QFETCH(QByteArray, before);
+        QFETCH(QByteArray, after);
         const QTemporaryDir folder;
-        const QString file = folder.filePath(u"CMakeLists.txt"_s);
-        writeFile(file, content);
-        QVERIFY(FilterCMakeLists(file, sdk));
-        QTEST(readFile(file), "expected");
+        writeFile(folder.filePath(u"file"_s), "\xff\r\n" + before);
+        QVERIFY(FilterCMakeLists(folder.filePath(u"file"_s), QString::fromUtf8(sdk)));
+        QCOMPARE(readFile(folder.filePath(u"file"_s)), "\xff\r\n" + after);
     }
 
-    void makesNoCMakeLists()
+    void restoresCMakeListsThatCannotGrow()
     {
         const QTemporaryDir folder;
-        QVERIFY(!FilterCMakeLists(folder.filePath(u"CMakeLists.txt"_s), u"/sdk"_s));
-        QVERIFY(readTree(folder.path()).isEmpty());
+        const QByteArray content = "#set(ZUVYSDKDIR \"@PRJDUP_ZUVYSDKDIR@\")" + QByteArray(99'950, '#');
+        writeFile(folder.filePath(u"file"_s), content);
+        writeWithLimit([&] { FilterCMakeLists(folder.filePath(u"file"_s), u"/sdk"_s.repeated(50)); });
+        QVERIFY(readFile(folder.filePath(u"file"_s)) == content);
     }
 
     void splitsOutsideQuotes_data()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QByteArray>("delimiters");
-        QTest::addColumn<QByteArrayList>("tokens");
-
-        using L = QByteArrayList;
-        QTest::newRow("empty text") << QByteArray("") << QByteArray(" ") << L{};
-        QTest::newRow("quoted delimiters") << QByteArray("\"My Sample\", \"a b\\c.csproj\"") << QByteArray(", ")
-                                           << L{"My Sample", "a b\\c.csproj"};
-        QTest::newRow("a leading delimiter gives an empty token") << QByteArray("  a") << QByteArray(" ") << L{"", "a"};
-        QTest::newRow("runs and a trailing delimiter are skipped") << QByteArray("a, ,b, ") << QByteArray(", ") << L{"a", "b"};
-        QTest::newRow("no delimiters at all") << QByteArray("\"a b\"") << QByteArray("") << L{"a b"};
-        QTest::newRow("one quote only, at either end") << QByteArray("\"a b\" c\" d") << QByteArray(" ") << L{"a b", "c\" d"};
-        QTest::newRow("an unclosed quote takes the rest") << QByteArray("a \"b c") << QByteArray(" ") << L{"a", "b c"};
-        QTest::newRow("quotes inside stay") << QByteArray("a\"b c\"d e") << QByteArray(" ") << L{"a\"b c\"d", "e"};
-        QTest::newRow("a lone quote") << QByteArray("\"") << QByteArray(" ") << L{""};
-        QTest::newRow("empty quotes") << QByteArray("\"\",\"\"") << QByteArray(",") << L{"", ""};
-        QTest::newRow("a line end keeps the closing quote") << QByteArray("\"{id}\"\r\n") << QByteArray(", ") << L{"{id}\"\r\n"};
+        const auto row = table<QByteArray, QByteArray, QByteArrayList>("text", "delimiters", "tokens");
+        row("empty text", "", " ", {});
+        row("quoted delimiters", "'My Sample', 'a b\\c.csproj'", ", ", {"My Sample", "a b\\c.csproj"});
+        row("a leading delimiter gives an empty token", "  a", " ", {"", "a"});
+        row("runs and a trailing delimiter are skipped", "a, ,b, ", ", ", {"a", "b"});
+        row("one quote only, at either end", "'a b' c' d", " ", {"a b", "c' d"});
+        row("an unclosed quote takes the rest", "a 'b c", " ", {"a", "b c"});
+        row("quotes inside stay", "a'b c'd e", " ", {"a'b c'd", "e"});
+        row("a lone quote", "'", " ", {""});
+        row("empty quotes", "'',''", ",", {"", ""});
+        row("a line end keeps the closing quote", "'{id}'\r\n", ", ", {"{id}'\r\n"});
     }
 
     void splitsOutsideQuotes()
     {
         QFETCH(QByteArray, text);
         QFETCH(QByteArray, delimiters);
+        text.replace('\'', '"');
         char* position = nullptr;
         QByteArrayList tokens;
         for (char* token = strtok_quo(text.data(), delimiters, &position); token; token = strtok_quo(nullptr, delimiters, &position))
-            tokens.append(token);
+            tokens.append(QByteArray(token).replace('"', '\''));
         QTEST(tokens, "tokens");
         QVERIFY(!strtok_quo(text.data(), delimiters, nullptr));
     }
 
     void readsProjectNames_data()
     {
-        QTest::addColumn<QByteArray>("solution");
-        QTest::addColumn<Names>("names");
-
-        const QByteArray head = "Project(\"{t}\") = ";
-        QTest::newRow("CR LF, LF, and no line end") << head + "\"A\", \"A\\A.csproj\", \"{1}\"\r\nEndProject\r\n" + head +
-                                                           "\"My B\", \"x\", \"{2}\"\n" + head + "\"\xc3\x89\", \"x\", \"{3}\""
-                                                    << Names{u"A"_s, u"My B"_s, u"É"_s};
-        QTest::newRow("a name twice, and a solution folder") << head + "\"A\", \"A\", \"{1}\"\n" + head + "\"A\", \"A\", \"{1}\"\n"
-                                                             << Names{u"A"_s, u"A"_s};
-        QTest::newRow("two fields only") << head + "\"A\", \"x\"\n" << Names();
-        QTest::newRow("indented, lower case, or not at the start") << "\t" + head + "\"A\", \"x\", \"{1}\"\n " + head +
-                                                                          "\"A\", \"x\", \"{1}\"\nproject(\"\") = \"A\", \"x\", \"y\"\n"
-                                                                          "# " +
-                                                                          head + "\"A\", \"x\", \"{1}\"\n"
-                                                                   << Names();
-        QTest::newRow("a long line's rest is a line of its own") << QByteArray(2047, '#') + head + "\"A\", \"x\", \"{1}\"\n"
-                                                                 << Names{u"A"_s};
-        QTest::newRow("a long line's rest is no project") << QByteArray(2040, '#') + head + "\"A\", \"x\", \"{1}\"\n" << Names();
-        QTest::newRow("NUL bytes end a line early")
-            << QByteArray("\0\n", 2) + head + "\"A\", \"x\"" + QByteArray("\0, \"{1}\"\n", 9) + head + "\"B\", \"x\", \"{2}\"\n"
-            << Names{u"B"_s};
-        QTest::newRow("empty") << QByteArray() << Names();
+        // "@" begins a project line, and single quotes stand for double ones.
+        const auto row = table<QByteArray, Names>("solution", "names");
+        row("CR LF, LF, and no line end", "@'A', 'A\\A.csproj', '{1}'\r\nEndProject\r\n@'My B', 'x', '{2}'\n@'É', 'x', '{3}'",
+            {u"A"_s, u"My B"_s, u"É"_s});
+        row("a name twice, and a solution folder", "@'A', 'A', '{1}'\n@'A', 'A', '{1}'\n", {u"A"_s, u"A"_s});
+        row("two fields only", "@'A', 'x'\n", {});
+        row("indented, another word, or not at the start",
+            "\t@'A', 'x', 'y'\n @'A', 'x', 'y'\nproject('') = 'A', 'x', 'y'\nProjects('') = 'A', 'x', 'y'\n# @'A', 'x', 'y'\n", {});
+        row("a long line's rest is a line of its own", QByteArray(2047, '#') + "@'A', 'x', '{1}'\n", {u"A"_s});
+        row("a long line's rest is no project", QByteArray(2040, '#') + "@'A', 'x', '{1}'\n", {});
+        row("NUL bytes end a line early", QByteArrayLiteral("\0\n@'A', 'x'\0, '{1}'\n@'B', 'x', '{2}'\n"), {u"B"_s});
     }
 
     void readsProjectNames()
@@ -122,18 +79,21 @@ private slots:
         QFETCH(QByteArray, solution);
         QFETCH(Names, names);
         const QTemporaryDir folder;
-        writeFile(folder.filePath(u"dotnet.sln"_s), solution);
+        writeFile(folder.filePath(u"dotnet.sln"_s), solution.replace("@", "Project('{t}') = ").replace('\'', '"'));
         Names found = {u"kept"_s};
         GetDotnetDirs(found, folder.path());
         QCOMPARE(found, Names{u"kept"_s} + names);
     }
 
-    void readsNothingFromWhatIsNoFile()
+    void doesNothingWithoutAFile()
     {
         const QTemporaryDir folder;
+        const QString solution = folder.filePath(u"dotnet.sln"_s);
         Names found;
         GetDotnetDirs(found, folder.path());
-        QCOMPARE(mkfifo(qPrintable(folder.filePath(u"dotnet.sln"_s)), 0600), 0);
+        QVERIFY(!FilterCMakeLists(solution, u"/sdk"_s));
+        QVERIFY(readTree(folder.path()).isEmpty());
+        makePipe(solution);
         GetDotnetDirs(found, folder.path());
         QVERIFY(found.isEmpty());
     }

@@ -1,17 +1,14 @@
 #include "backend/backend.h"
 
-#include "tests/tree.h"
+#include "tests/table.h"
 
 #include <QDesktopServices>
 #include <QGuiApplication>
 #include <QMetaMethod>
 #include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QUrl>
 
 using Arguments = QByteArrayList;
-using Qt::StringLiterals::operator""_s;
 
 namespace {
 
@@ -80,19 +77,16 @@ class TestBackend : public QObject
 private slots:
     void readsTheCommandLine_data()
     {
-        QTest::addColumn<Arguments>("arguments");
-        QTest::addColumn<QString>("destination");
-        QTest::addColumn<bool>("dotnet");
-        QTest::addColumn<bool>("valid");
-        QTest::newRow("nothing") << Arguments{} << u""_s << false << false;
-        QTest::newRow("a source only") << Arguments{"/s"} << u""_s << false << false;
-        QTest::newRow("source and name") << Arguments{"/s", "My Copy"} << u"/My Copy"_s << false << true;
-        QTest::newRow("the switch first") << Arguments{"--dotnet", "/s", "x"} << u"/x"_s << true << true;
-        QTest::newRow("the switch last and repeated") << Arguments{"/s", "--dotnet", "x", "--dotnet"} << u"/x"_s << true << true;
-        QTest::newRow("another case is a name") << Arguments{"/s", "--DOTNET"} << u"/--DOTNET"_s << false << true;
-        QTest::newRow("three names") << Arguments{"/s", "x", "y"} << u"/x"_s << false << false;
-        QTest::newRow("an absolute name") << Arguments{"/s", "/tmp/x"} << u"/tmp/x"_s << false << true;
-        QTest::newRow("a name that leads out, to be cleaned") << Arguments{"/s", "..//x/"} << u"/../x"_s << false << true;
+        const auto row = table<Arguments, QString, bool, bool>("arguments", "destination", "dotnet", "valid");
+        row("nothing", {}, u""_s, false, false);
+        row("a source only", {"/s"}, u""_s, false, false);
+        row("source and name", {"/s", "My Copy"}, u"/My Copy"_s, false, true);
+        row("the switch first", {"--dotnet", "/s", "x"}, u"/x"_s, true, true);
+        row("the switch last and repeated", {"/s", "--dotnet", "x", "--dotnet"}, u"/x"_s, true, true);
+        row("another case is a name", {"/s", "--DOTNET"}, u"/--DOTNET"_s, false, true);
+        row("three names", {"/s", "x", "y"}, u"/x"_s, false, false);
+        row("an absolute name", {"/s", "/tmp/x"}, u"/tmp/x"_s, false, true);
+        row("a name that leads out, to be cleaned", {"/s", "..//x/"}, u"/../x"_s, false, true);
     }
 
     void readsTheCommandLine()
@@ -136,19 +130,14 @@ private slots:
 
     void notifiesOnceOfAChange_data()
     {
-        QTest::addColumn<QByteArray>("property");
-        QTest::addColumn<QVariant>("value");
-        QTest::addColumn<QString>("destination");
-        const auto url = [](const char* name, const QString& value, const QString& destination) {
-            QTest::newRow(name) << QByteArray("destinationUrl") << QVariant(value) << destination;
-        };
-        url("the URL of a file", u"file:///tmp/a%20b%2525é"_s, u"/tmp/a b%25é"_s);
-        url("a URL typed with blanks", u"file:///tmp/a b"_s, u"/tmp/a b"_s);
-        url("no URL", u"/tmp/x"_s, u""_s);
-        url("another scheme", u"http://host/x"_s, u""_s);
-        QTest::newRow("destination") << QByteArray("destination") << QVariant(u"/x"_s) << u"/x"_s;
+        const auto row = table<QByteArray, QVariant, QString>("property", "value", "destination");
+        row("the URL of a file", "destinationUrl", u"file:///tmp/a%20b%2525é"_s, u"/tmp/a b%25é"_s);
+        row("a URL typed with blanks", "destinationUrl", u"file:///tmp/a b"_s, u"/tmp/a b"_s);
+        row("no URL", "destinationUrl", u"/tmp/x"_s, u""_s);
+        row("another scheme", "destinationUrl", u"http://host/x"_s, u""_s);
+        row("destination", "destination", u"/x"_s, u"/x"_s);
         for (const char* name : {"copyWrapper", "runCMake", "openSolution"})
-            QTest::newRow(name) << QByteArray(name) << QVariant() << u"%1/x"_s;
+            row(name, name, {}, u"%1/x"_s);
     }
 
     void notifiesOnceOfAChange()
@@ -184,16 +173,13 @@ private slots:
 
     void followsUpOnACopy_data()
     {
-        QTest::addColumn<bool>("dotnet");
-        QTest::addColumn<bool>("wanted");
-        QTest::addColumn<bool>("available");
-        QTest::addColumn<Backend::ESTATUS>("status");
-        QTest::newRow("CMake, not wanted") << false << false << true << Backend::STATUS_COPY_DONE;
-        QTest::newRow("CMake, found") << false << true << true << Backend::STATUS_CMAKE_RUNNING;
-        QTest::newRow("CMake, not found") << false << true << false << Backend::STATUS_CMAKE_RUN_FAILED;
-        QTest::newRow(".NET, not wanted") << true << false << true << Backend::STATUS_COPY_DONE;
-        QTest::newRow(".NET, opened") << true << true << true << Backend::STATUS_SOLUTION_OPENED;
-        QTest::newRow(".NET, no handler") << true << true << false << Backend::STATUS_SOLUTION_OPEN_FAILED;
+        const auto row = table<bool, bool, bool, Backend::ESTATUS>("dotnet", "wanted", "available", "status");
+        row("CMake, not wanted", false, false, true, Backend::STATUS_COPY_DONE);
+        row("CMake, found", false, true, true, Backend::STATUS_CMAKE_RUNNING);
+        row("CMake, not found", false, true, false, Backend::STATUS_CMAKE_RUN_FAILED);
+        row(".NET, not wanted", true, false, true, Backend::STATUS_COPY_DONE);
+        row(".NET, opened", true, true, true, Backend::STATUS_SOLUTION_OPENED);
+        row(".NET, no handler", true, true, false, Backend::STATUS_SOLUTION_OPEN_FAILED);
     }
 
     void followsUpOnACopy()

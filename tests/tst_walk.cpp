@@ -1,14 +1,8 @@
 #include "copy/walk.h"
 
-#include "tests/tree.h"
+#include "tests/table.h"
 
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <sys/stat.h>
-
-using Names = QList<QString>;
-using Qt::StringLiterals::operator""_s;
+#include <unistd.h>
 
 class TestWalk : public QObject
 {
@@ -17,18 +11,13 @@ class TestWalk : public QObject
 private slots:
     void listsWhatIsToBeCopied_data()
     {
-        QTest::addColumn<Names>("include");
-        QTest::addColumn<Names>("exclude");
-        QTest::addColumn<Names>("expected");
-
-        const Names deep = {u"/Foo"_s, u"/Foo/doc"_s, u"/Foo/doc/x"_s};
-        const Names doc = {u"/doc"_s, u"/doc/é ü"_s};
-        QTest::newRow("everything, whatever its depth") << Names() << Names() << deep + doc + Names{u"/Doc"_s, u"/a&b"_s};
-        QTest::newRow("included names at the top only, whole and case-sensitive")
-            << Names{u"Foo"_s, u"doC"_s, u"a"_s, u"x"_s} << Names() << deep;
-        QTest::newRow("excluded names at the top only, whole and case-sensitive")
-            << Names() << Names{u"doc"_s, u"a"_s} << deep + Names{u"/Doc"_s, u"/a&b"_s};
-        QTest::newRow("exclusion wins") << Names{u"doc"_s, u"Doc"_s} << Names{u"doc"_s} << Names{u"/Doc"_s};
+        const auto row = table<Names, Names, Names>("include", "exclude", "expected");
+        const Names foo = {u"/Foo"_s, u"/Foo/doc"_s, u"/Foo/doc/x"_s, u"/Foo/z"_s, u"/Foo/z/d"_s, u"/Foo/z/d/y"_s};
+        const Names others = Names{u"/Doc"_s} + foo + Names{u"/a&b"_s};
+        row("everything, whatever its depth", {}, {}, others + Names{u"/doc"_s, u"/doc/é ü"_s});
+        row("included names at the top only, whole and case-sensitive", {u"Foo"_s, u"doC"_s, u"a"_s, u"x"_s}, {}, foo);
+        row("excluded names at the top only, whole and case-sensitive", {}, {u"doc"_s, u"a"_s}, others);
+        row("exclusion wins", {u"doc"_s, u"Doc"_s}, {u"doc"_s}, {u"/Doc"_s});
     }
 
     void listsWhatIsToBeCopied()
@@ -37,52 +26,35 @@ private slots:
         QFETCH(Names, exclude);
         QFETCH(Names, expected);
         const QTemporaryDir folder;
-        writeTree(
-            folder.path(),
-            {{u"Foo/doc/x"_s, {}}, {u"doc/é ü"_s, {}}, {u"Doc/"_s, {}}, {u"a&b"_s, {}}, {u".hidden/x"_s, {}}, {u"Foo/.gitignore"_s, {}}});
+        for (const QString& path : {u"Foo/doc/x"_s, u"Foo/z/d/y"_s, u"doc/é ü"_s, u"Doc/"_s, u"a&b"_s, u".hidden/x"_s, u"Foo/.gitignore"_s})
+            writeFile(folder.filePath(path));
 
         Names items = {u"kept"_s};
         Walk(items, {}, folder.path(), include, exclude);
-        QCOMPARE(items.takeFirst(), u"kept"_s);
+        // A folder comes directly before its contents.
+        for (int i = 1; i < items.size(); ++i)
+            QVERIFY(items[i - 1].startsWith(items[i].section(u'/', 0, -2)));
         items.sort();
-        expected.sort();
-        QCOMPARE(items, expected);
-    }
-
-    void putsFoldersDirectlyBeforeTheirContents()
-    {
-        const QTemporaryDir folder;
-        writeTree(folder.path(), {{u"a"_s, {}}, {u"d/x"_s, {}}, {u"d/e/f/y"_s, {}}, {u"z/w"_s, {}}});
-        Names items;
-        Walk(items, u"/p"_s, folder.path(), {}, {});
-        QCOMPARE(items.size(), 8);
-        for (int i = 0; i < items.size(); ++i) {
-            QVERIFY(items[i].startsWith(u"/p/"_s));
-            const QString parent = items[i].section(u'/', 0, -2);
-            QVERIFY(parent == u"/p"_s || items[i - 1].startsWith(parent));
-        }
+        QCOMPARE(items, expected + Names{u"kept"_s});
     }
 
     void followsLinksAndPassesOverSpecialFiles()
     {
         const QTemporaryDir folder;
-        writeTree(folder.path(), {{u"real/x"_s, {}}});
-        const auto path = [&](const QString& name) { return folder.filePath(name); };
-        QVERIFY(QFile::link(u"real"_s, path(u"folderLink"_s)));
-        QVERIFY(QFile::link(u"real/x"_s, path(u"fileLink"_s)));
-        QVERIFY(QFile::link(u"nowhere"_s, path(u"broken"_s)));
-        QCOMPARE(mkfifo(qPrintable(path(u"pipe"_s)), 0600), 0);
+        writeFile(folder.filePath(u"real/x"_s));
+        for (const QString& target : {u"real"_s, u"real/x"_s, u"nowhere"_s})
+            QVERIFY(QFile::link(target, folder.filePath(u"to "_s + target.section(u'/', -1))));
+        makePipe(folder.filePath(u"pipe"_s));
         // Names that are not UTF-8 have no QString; they are passed over whole.
-        QCOMPARE(::mkdir((folder.path().toUtf8() + "/\xff").constData(), 0700), 0);
+        const QByteArray unnamed = folder.path().toUtf8() + "/\xff";
+        QCOMPARE(::mkdir(unnamed, 0700), 0);
 
         Names items;
-        Walk(items, {}, folder.path(), {}, {});
+        Walk(items, u"/p"_s, folder.path(), {}, {});
+        Walk(items, {}, folder.filePath(u"missing"_s), {}, {});
+        QCOMPARE(::rmdir(unnamed), 0); // or the folder could not be removed
         items.sort();
-        const Names expected = {u"/fileLink"_s, u"/folderLink"_s, u"/folderLink/x"_s, u"/real"_s, u"/real/x"_s};
-        QCOMPARE(items, expected);
-
-        Walk(items, {}, path(u"missing"_s), {}, {});
-        QCOMPARE(items, expected);
+        QCOMPARE(items, (Names{u"/p/real"_s, u"/p/real/x"_s, u"/p/to real"_s, u"/p/to real/x"_s, u"/p/to x"_s}));
     }
 };
 
