@@ -48,7 +48,7 @@ ApplicationWindow {
         parent: Overlay.overlay
         x: (parent.width - width) / 2
         y: (parent.height - height) / 2
-        width: window.width - 16
+        width: parent.width - 16
         padding: 8
         focus: true
 
@@ -60,8 +60,6 @@ ApplicationWindow {
             bottomPadding: 0
         }
         footer: ButtonBox {}
-
-        onClosed: copyButton.forceActiveFocus(Qt.TabFocusReason)
     }
 
     component PlainText: Label {
@@ -73,7 +71,7 @@ ApplicationWindow {
         id: messageDialog
 
         property alias text: message.text
-        readonly property real room: window.height - height + availableHeight
+        readonly property real room: parent.height - height + availableHeight
 
         ColumnLayout {
             anchors { left: parent.left; right: parent.right; top: parent.top }
@@ -101,7 +99,7 @@ ApplicationWindow {
     Component.onCompleted: {
         copyButton.forceActiveFocus(Qt.TabFocusReason)
         if (!backend.valid)
-            Qt.callLater(Qt.quit)
+            Qt.callLater(Qt.quit) // qmllint disable type
     }
 
     ColumnLayout {
@@ -219,7 +217,7 @@ ApplicationWindow {
         selectFolder: true
         selectMultiple: false
         folder: window.backend.destinationUrl
-        onAccepted: window.backend.destinationUrl = fileUrl.toString()
+        onAccepted: window.backend.destinationUrl = fileUrl.toString() // qmllint disable type
     }
 
     OverlayDialog {
@@ -228,12 +226,13 @@ ApplicationWindow {
         title: qsTr("Copy Progress")
         visible: window.backend.copying
         onOpened: abortButton.forceActiveFocus(Qt.TabFocusReason)
+        onClosed: copyButton.forceActiveFocus(Qt.TabFocusReason)
         footer: ButtonBox {
             PushButton {
                 id: abortButton
                 objectName: "abortButton"
                 text: window.backend.copying ? qsTr("Abort") : qsTr("Close")
-                DialogButtonBox.buttonRole: DialogButtonBox.ActionRole
+                DialogButtonBox.buttonRole: DialogButtonBox.ActionRole // qmllint disable type
                 onClicked: window.backend.abort()
             }
         }
@@ -245,10 +244,20 @@ ApplicationWindow {
                 Label {
                     id: fileCaption
                     objectName: "fileCaption"
-                    text: window.backend.copyFile === "" ? qsTr("Starting...") : qsTr("File:")
+                    readonly property bool started: window.backend.copyFile !== ""
+                    text: started ? qsTr("File:") : qsTr("Starting...")
                 }
                 Label {
+                    id: fileLabel
                     objectName: "fileLabel"
+                    // Names come far faster than frames: only those that a frame shows are laid out.
+                    readonly property string file: window.backend.copyFile
+                    property bool drawn: true
+                    onFileChanged: {
+                        if (drawn)
+                            text = file
+                        drawn = false
+                    }
                     Layout.fillWidth: true
                     // One line of a steady height, whatever script or character a name holds.
                     Layout.preferredHeight: fileCaption.implicitHeight
@@ -256,14 +265,22 @@ ApplicationWindow {
                     maximumLineCount: 1
                     elide: Text.ElideMiddle
                     horizontalAlignment: Text.AlignLeft
-                    text: window.backend.copyFile
+
+                    Connections {
+                        target: window
+                        function onAfterAnimating() {
+                            fileLabel.text = fileLabel.file
+                            fileLabel.drawn = true
+                        }
+                    }
                 }
             }
             ProgressBar {
                 objectName: "progressBar"
+                readonly property int percent: Math.floor(value * 100)
                 Layout.fillWidth: true
                 value: window.backend.copyProgress
-                Accessible.name: qsTr("Progress: %1 %").arg(Math.floor(value * 100))
+                Accessible.name: qsTr("Progress: %1 %").arg(percent)
             }
         }
     }
@@ -275,6 +292,7 @@ ApplicationWindow {
         text: qsTr("The folder %1 already exists. If you continue it will be removed, are you sure you want to continue.").arg(window.backend.destination)
         standardButtons: Dialog.Yes | Dialog.No
         onOpened: standardButton(Dialog.No).forceActiveFocus(Qt.TabFocusReason)
+        onClosed: copyButton.forceActiveFocus(Qt.TabFocusReason)
         onAccepted: window.backend.start()
     }
 
@@ -301,6 +319,7 @@ ApplicationWindow {
         text: message().arg(window.backend.destination)
         standardButtons: Dialog.Ok
         onOpened: standardButton(Dialog.Ok).forceActiveFocus(Qt.TabFocusReason)
+        onClosed: copyButton.forceActiveFocus(Qt.TabFocusReason)
         onAccepted: window.close()
     }
 }

@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QStringBuilder>
 
 #include <filesystem>
 
@@ -107,8 +108,10 @@ QList<CopyFileEntry> CopyWorker::copyList() const
     } else {
         Walk(items, {}, m_source, {}, dotnetNames);
     }
+    entries.reserve(entries.size() + items.size());
+    // With views, as two strings would be joined by appending, which leaves them room to grow.
     for (const QString& item : std::as_const(items))
-        entries.append({m_source + item, m_destination + item, item});
+        entries.append({m_source % QStringView(item), m_destination % QStringView(item), item});
     return entries;
 }
 

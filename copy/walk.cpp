@@ -18,9 +18,8 @@ void Walk(QList<QString>& out, QString relativePrefix, QString directory,
 {
     // Listed whole before going down, so that one folder at a time is open; and not by QDir, which
     // always sorts.
-    QDirIterator listing(
-        QDir(directory, {}, QDir::NoSort,
-             QDir::Dirs | QDir::Files | QDir::Drives | QDir::NoDotAndDotDot));
+    QDirIterator listing(QDir(directory, {}, QDir::NoSort,
+                              QDir::Dirs | QDir::Files | QDir::Drives | QDir::NoDotAndDotDot));
     QList<Entry> entries;
     while (listing.hasNext()) {
         const QFileInfo info = listing.nextFileInfo();

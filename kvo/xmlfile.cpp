@@ -159,7 +159,8 @@ CXMLFile::CNode* CXMLFile::Document::OpenElement(CNode* parent, const QXmlStream
         node->m_isOwned = true;
         root.reset(node);
     }
-    for (const QXmlStreamAttribute& attribute : reader.attributes()) {
+    const QXmlStreamAttributes attributes = reader.attributes(); // const, not to copy them all
+    for (const QXmlStreamAttribute& attribute : attributes) {
         if (!attribute.isDefault())
             node->attributes.m_items.emplace_back(Utf8(attribute.qualifiedName()),
                                                   Utf8(attribute.value()));
