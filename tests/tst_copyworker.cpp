@@ -2,6 +2,8 @@
 
 #include "tests/table.h"
 
+#include <semaphore>
+
 class TestCopyWorker : public QObject
 {
     Q_OBJECT
@@ -48,7 +50,11 @@ class TestCopyWorker : public QObject
         connect(&worker, &CopyWorker::progressChanged, &worker, addProgress, Qt::DirectConnection);
         if (abortAt == 0)
             worker.abort();
+        // As Qt is built without thread sanitizer, that does not see what wait() waits for.
+        std::binary_semaphore finished(0);
+        connect(&worker, &QThread::finished, &worker, [&] { finished.release(); }, Qt::DirectConnection);
         worker.start();
+        finished.acquire();
         worker.wait();
         return report;
     }

@@ -1,0 +1,243 @@
+"""Real faults and stops of the real program: it ends by itself, copies what it can and leaves the SDK alone."""
+
+import ctypes
+import os
+import pathlib
+import random
+import shutil
+import signal
+import struct
+import sys
+import tempfile
+import time
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "scripts"))
+from desktop import Program, wait
+
+# File systems that end with the tests. Root could read and write everything, so privileges go.
+SANDBOX = """
+mount -t tmpfs tmpfs /mnt && mkdir /mnt/full /mnt/read-only && mount -t tmpfs tmpfs /usr/local/bin &&
+mount -t tmpfs -o size=1m tmpfs /mnt/full && mount -t tmpfs -o ro tmpfs /mnt/read-only &&
+exec setpriv --bounding-set=-all "$@"
+"""
+if "--sandboxed" not in sys.argv:
+    user = [] if os.getuid() == 0 else ["--map-root-user"]
+    shell = ["sh", "-c", SANDBOX, "sh", sys.executable, *sys.argv, "--sandboxed"]
+    os.execvp("unshare", ["unshare", "--mount", *user, *shell])
+
+LONG = "n" * 255
+PLACEHOLDER = b'#set(ZUVYSDKDIR "@PRJDUP_ZUVYSDKDIR@")'
+SLN, NET = "dotnet.sln", "P/P.csproj"
+SOLUTION = b'Project("{t}") = "P", "P\\P.csproj", "{1}"\r\n'
+PROJECT = b"<P><PropertyGroup><OutputPath>bin</OutputPath></PropertyGroup>%b</P>"
+REFUSED = PROJECT.replace(b"bin", b"as it was")
+ENTITIES = (b"<!ENTITY e%d '%b'>" % (i, b"&e%d;" % (i - 1) * 10) for i in range(1, 10))
+BOMB = b"<!DOCTYPE P [<!ENTITY e0 'x'>%b]>" % b"".join(ENTITIES)
+NOTHING, PART, ALL = range(3)
+
+# What is wrong, how it is made, and how much is copied of what can be read.
+FAULTS = {
+    "full file system": (lambda t: t.use_home("/mnt/full") or t.add_many(400), PART),
+    "read-only file system": (lambda t: t.use_home("/mnt/read-only"), NOTHING),
+    "destination not writable": (lambda t: t.home.chmod(0o500), NOTHING),
+    "file in place of the destination": (lambda t: t.add(t.destination), NOTHING),
+    "file above the destination": (lambda t: t.add(t.destination.parent), NOTHING),
+    "path beyond the limit": (lambda t: t.use_home(t.home.joinpath(*[LONG] * 3)) or t.add_deep(14), PART),
+    "name of 255 bytes": (lambda t: t.add(t.samples / "a" / LONG), ALL),
+    "names that are not UTF-8": (lambda t: t.add(t.samples / os.fsdecode(b"a/\xff/\xff")), ALL),
+    "unreadable file": (lambda t: (t.samples / "a/b").chmod(0), ALL),
+    "unreadable folder": (lambda t: (t.samples / "a").chmod(0), ALL),
+    "link to a pipe": (lambda t: os.mkfifo(t.root / "pipe") or (t.samples / "a/p").symlink_to(t.root / "pipe"), ALL),
+    "read-only SDK copied twice": (lambda t: t.protect() or t.run_copy(), ALL),
+    "malformed project": (lambda t: t.add_net(NET, REFUSED[:-1]), ALL),
+    "project of 20 MB": (lambda t: t.add_net(NET, PROJECT % ((b"<C>" + b"x" * 1000 + b"</C>") * 20_000)), ALL),
+    "project 100,000 deep": (lambda t: t.add_net(NET, PROJECT % (b"<C>" * 100_000 + b"</C>" * 100_000)), ALL),
+    "entity bomb": (lambda t: t.add_net(NET, BOMB + REFUSED % b"&e9;"), ALL),
+    "solution without end of line": (lambda t: t.add_net(SLN, SOLUTION[:-2]), ALL),
+    "solution with NUL bytes": (lambda t: t.add_net(SLN, b"\0" + SOLUTION), PART),
+    "solution of 100 MB": (lambda t: t.add_net(SLN, SOLUTION + (b"x" * 98 + b"\r\n") * 1_000_000), ALL),
+}
+
+
+def files(folder):
+    """Contents by path of what can be read and named."""
+    paths = [path for path in folder.rglob("*") if path.is_file() and os.access(path, os.R_OK)]
+    return {str(path.relative_to(folder)): path.read_bytes() for path in paths if str(path).isprintable()}
+
+
+def close(window):
+    """Sends the message by which a window manager asks a window to close."""
+    x = ctypes.CDLL("libX11.so.6")
+    x.XOpenDisplay.restype = ctypes.c_void_p
+    display = ctypes.c_void_p(x.XOpenDisplay(None))
+    protocols, delete = (x.XInternAtom(display, name, 0) for name in (b"WM_PROTOCOLS", b"WM_DELETE_WINDOW"))
+    event = struct.pack("@iLiPLLi5l", 33, 0, 1, 0, window, protocols, 32, delete, 0, 0, 0, 0).ljust(192, b"\0")
+    x.XSendEvent(display, ctypes.c_ulong(window), 0, ctypes.c_long(0), event)
+    x.XCloseDisplay(display)
+
+
+class Faults(unittest.TestCase):
+    def setUp(self):
+        self.root = pathlib.Path(tempfile.mkdtemp(prefix="camera ", dir="/mnt"))
+        self.use_home(self.root / "home")
+        self.samples = self.root / "sdk" / "samples"
+        self.options, self.before = [], None
+        contents = {"CMakeLists.txt": PLACEHOLDER.ljust(4096), "a/b": b"x", SLN: SOLUTION, NET: PROJECT}
+        for name, data in contents.items():
+            self.add(self.samples / name, data)
+
+    def use_home(self, home):
+        self.home = pathlib.Path(home)
+        self.home.mkdir(parents=True, exist_ok=True)
+        self.destination = self.home / "Documents" / "Copy"
+
+    def add(self, path, data=b"x"):
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(data)
+
+    def add_net(self, name, data):
+        self.options = ["--dotnet"]
+        self.add(self.samples / name, data)
+
+    def add_many(self, count=10_000):
+        for number in range(count):
+            self.add(self.samples / "many" / str(number), b"x" * 4000)
+
+    def add_deep(self, depth):
+        for level in range(depth):
+            self.add(self.samples.joinpath(*[LONG] * level, "file"))
+
+    def protect(self):
+        for path in self.samples.rglob("*"):
+            path.chmod(path.stat().st_mode & ~0o222)
+
+    def sdk(self):
+        stats = {path: path.lstat() for path in self.samples.parent.rglob("*")}
+        return files(self.samples), {path: (stat.st_mode, stat.st_mtime_ns) for path, stat in stats.items()}
+
+    def adapted(self, name, data):
+        if name == SLN:
+            return data.replace(b"\0", b"").removesuffix(b"\r\n") + b"\r\n"
+        sdk = b'set(ZUVYSDKDIR "%b/")' % os.fsencode(self.samples.parent)
+        return data.replace(PLACEHOLDER, sdk).replace(b">bin<", b">..\\bin<")
+
+    def press(self, window, button):
+        self.assertTrue(window.wait("push button", button).do_action(0))
+
+    def open(self):
+        """A window whose program has no search path, which could lead to a real cmake-gui."""
+        self.before = self.before or self.sdk()
+        arguments = ["PATH=", sys.argv[1], *self.options, str(self.samples), "Copy"]
+        window = Program("/usr/bin/env", *arguments, home=self.home)
+        self.addCleanup(window.process.kill)
+        return window
+
+    def start(self, window):
+        self.press(window, "Copy")
+        wait(lambda: window.find("push button", "Yes") or window.find("dialog"), "dialog")
+        if window.find("push button", "Yes"):
+            self.press(window, "Yes")
+
+    def start_many(self):
+        """A window in the middle of its copy."""
+        if not self.before:
+            self.add_many()
+        shutil.rmtree(self.destination, ignore_errors=True)
+        window = self.open()
+        self.start(window)
+        wait(lambda: next(self.destination.glob("many/*"), None), "copied file")
+        return window
+
+    def finish(self, window):
+        self.assertTrue(window.message().startswith("Done copying files"))
+        self.press(window, "OK")
+        self.assertEqual(window.status(), 0)
+        self.assertTrue(self.sdk() == self.before)
+
+    def run_copy(self):
+        window = self.open()
+        self.start(window)
+        self.finish(window)
+
+    def check(self, share):
+        """That every file at the destination is whole, and that so much is there."""
+        of_mode = (lambda name: name in (SLN, NET)) if self.options else (lambda name: name not in (SLN, NET))
+        samples = {name: data for name, data in files(self.samples).items() if of_mode(name)}
+        copied = files(self.destination)
+        for name, data in copied.items():
+            whole = [self.adapted(name, samples[name])] + [samples[name]] * (share != ALL)
+            self.assertTrue(data in whole, name)
+        self.assertIn(len(copied), [[0], range(1, len(samples)), [len(samples)]][share])
+
+    def test_faults(self):
+        for name, (make, share) in FAULTS.items():
+            with self.subTest(name):
+                self.setUp()
+                make(self)
+                self.run_copy()
+                self.check(share)
+
+    def test_program_search(self):
+        program, arguments = pathlib.Path("/usr/local/bin/cmake-gui"), self.root / "arguments"
+        self.add(program, f"#!/bin/sh\nprintf '%s\\n' \"$@\" > '{arguments}'\n".encode())
+        self.addCleanup(program.unlink)
+        program.chmod(0o500)
+        self.run_copy()
+        expected = f"-S\n{self.destination}\n-B\n{self.destination}/build\n"
+        wait(lambda: arguments.exists() and arguments.read_text() == expected, "start of cmake-gui")
+
+    def test_changes_while_copying(self):
+        window = self.start_many()
+        os.kill(window.process.pid, signal.SIGSTOP)
+        left = [path for path in self.samples.glob("many/*") if not (self.destination / "many" / path.name).exists()]
+        self.assertGreater(len(left), 100)
+        for number, path in enumerate(left):
+            # Grown, gone, a folder, or another file.
+            if number % 4:
+                path.unlink()
+            if number % 4 == 2:
+                path.mkdir()
+            elif number % 4 != 1:
+                with path.open("ab") as file:
+                    file.write(b"new")
+        self.before = self.sdk()
+        os.kill(window.process.pid, signal.SIGCONT)
+        self.finish(window)
+        contents = (b"x" * 4000, b"x" * 4000 + b"new", b"new")
+        copied = files(self.destination / "many")
+        self.assertTrue(all(data in contents for data in copied.values()))
+        self.assertLessEqual(set(files(self.samples / "many")), set(copied))
+
+    def test_closed_while_copying(self):
+        window = self.start_many()
+        close(int(window.window))
+        self.assertEqual(window.status(), 0)
+        self.check(ALL)
+
+    def test_killed_or_aborted(self):
+        for kill in (True, False) * 3:
+            window = self.start_many()
+            wait(lambda: len(files(self.destination)) > 1, "copied files")
+            time.sleep(random.uniform(0, 0.1))
+            if kill:
+                window.process.kill()
+                window.process.wait()
+            else:
+                self.press(window, "Abort")
+                self.finish(window)
+            self.check(PART)
+        self.run_copy()
+        self.check(ALL)
+
+    def test_two_at_once(self):
+        self.add_many()
+        windows = [self.open(), self.open()]
+        for window in windows:
+            self.start(window)
+        for window in windows:
+            self.finish(window)
+        self.assertLessEqual(set(files(self.destination)), set(files(self.samples)))
+
+
+unittest.main(argv=sys.argv[:1], verbosity=2)
