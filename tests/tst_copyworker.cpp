@@ -52,7 +52,8 @@ class TestCopyWorker : public QObject
             worker.abort();
         // As Qt is built without thread sanitizer, that does not see what wait() waits for.
         std::binary_semaphore finished(0);
-        connect(&worker, &QThread::finished, &worker, [&] { finished.release(); }, Qt::DirectConnection);
+        connect(
+            &worker, &QThread::finished, &worker, [&] { finished.release(); }, Qt::DirectConnection);
         worker.start();
         finished.acquire();
         worker.wait();

@@ -1,0 +1,193 @@
+// Does one thing and prints the milliseconds that it took; scripts/bench compares them.
+
+#include "adapt/solution.h"
+#include "backend/backend.h"
+#include "copy/copyworker.h"
+#include "copy/walk.h"
+#include "kvo/xmlfile.h"
+#include "kvoui/kvoui.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QDomDocument>
+#include <QElapsedTimer>
+#include <QIcon>
+#include <QQmlApplicationEngine>
+#include <QQuickStyle>
+#include <QQuickWindow>
+#include <QTimer>
+
+#include <pugixml.hpp>
+
+#include <atomic>
+#include <map>
+
+#include <dirent.h>
+#include <malloc.h>
+#include <unistd.h>
+
+using Qt::StringLiterals::operator""_s;
+
+namespace {
+
+double milliseconds(const std::function<void()>& work)
+{
+    QElapsedTimer timer;
+    timer.start();
+    work();
+    return timer.nsecsElapsed() / 1e6;
+}
+
+int readFolder(const std::string& folder)
+{
+    DIR* const stream = opendir(folder.c_str());
+    int count = 0;
+    while (const dirent* entry = readdir(stream)) {
+        if (entry->d_name[0] != '.')
+            count += 1 + (entry->d_type == DT_DIR ? readFolder(folder + '/' + entry->d_name) : 0);
+    }
+    closedir(stream);
+    return count;
+}
+
+// The bytes on the heap when the worker's list is finished.
+double heap(CopyWorker& worker)
+{
+    const auto used = [] { return double(mallinfo2().uordblks + mallinfo2().hblkhd); };
+    double bytes = 0;
+    QObject::connect(&worker, &CopyWorker::fileChanged, [&, before = used()] {
+        bytes = used() - before;
+        worker.abort();
+    });
+    worker.start();
+    worker.wait();
+    return bytes;
+}
+
+// What the worker cannot do without, over a finished list.
+double copyAlone(const QString& source, const QString& target)
+{
+    QList<QString> items;
+    Walk(items, {}, source, {}, {});
+    QList<std::tuple<QString, QString, bool>> steps = {{source, target, true}};
+    for (const QString& item : std::as_const(items))
+        steps.append({source + item, target + item, QFileInfo(source + item).isDir()});
+    return milliseconds([&] {
+        for (const auto& [from, to, isFolder] : std::as_const(steps))
+            isFolder ? QDir(to).mkpath(u"."_s) : QFile::copy(from, to);
+    });
+}
+
+// Prints also the event loop's longest turn and the time from the worker's end to the last report.
+double copyThroughWindow(const QString& target)
+{
+    QQmlApplicationEngine engine(QUrl(u"qrc:/prjdup.qml"_s));
+    auto* const backend = engine.rootObjects().first()->property("backend").value<Backend*>();
+    backend->setDestination(target);
+    backend->setRunCMake(false);
+    QCoreApplication::processEvents();
+
+    QElapsedTimer timer;
+    QTimer turns;
+    double lastTurn = 0, longestTurn = 0, lastReport = 0;
+    std::atomic<double> end = 0;
+    const auto now = [&] { return timer.nsecsElapsed() / 1e6; };
+    turns.callOnTimeout(
+        [&] { longestTurn = std::max(longestTurn, now() - std::exchange(lastTurn, now())); });
+    QObject::connect(backend, &Backend::copyProgressChanged, backend, [&] { lastReport = now(); });
+    QObject::connect(backend, &Backend::copyDone, qApp, &QCoreApplication::quit);
+    turns.start(1);
+    timer.start();
+    backend->start();
+    QObject::connect(backend->findChild<QThread*>(), &QThread::finished, [&] { end = now(); });
+    QCoreApplication::exec();
+    std::printf("%f %f ", longestTurn, std::max(lastReport - end, 0.0));
+    return now();
+}
+
+// Ends the process with the first frame, of the real window or of one that holds that content.
+double showFirstFrame(const QByteArray& content)
+{
+    QQmlApplicationEngine engine;
+    if (content == "real") {
+        QIcon icon;
+        for (const int size : {16, 24, 32, 48, 64, 128, 256, 512})
+            icon.addFile(u":/icon/ZUVY_%1x%1.png"_s.arg(size), {size, size});
+        QGuiApplication::setWindowIcon(icon);
+        engine.load(QUrl(u"qrc:/prjdup.qml"_s));
+    } else {
+        const QByteArray window = "import QtQuick.Controls; ApplicationWindow { visible: true; ";
+        engine.loadData(window + content + '}');
+    }
+    const auto* const window = qobject_cast<QQuickWindow*>(engine.rootObjects().first());
+    QObject::connect(window, &QQuickWindow::frameSwapped, [] { ::_exit(0); });
+    return QCoreApplication::exec();
+}
+
+// The three below load a project file, change its first output path, and save it.
+void editXml(const std::string& path)
+{
+    kvo::CXMLFile file;
+    file.Load(path);
+    file.GetCurr()->FindChild("PropertyGroup")->FindChild("OutputPath")->value = "..\\bin";
+    file.Save(path + ".out");
+}
+
+void editDom(const std::string& path)
+{
+    QFile file(QString::fromStdString(path)), out(file.fileName() + u".out"_s);
+    file.open(QIODevice::ReadOnly);
+    out.open(QIODevice::WriteOnly);
+    QDomDocument document;
+    document.setContent(&file);
+    document.documentElement().firstChild().firstChild().firstChild().setNodeValue(u"..\\bin"_s);
+    out.write(document.toByteArray());
+}
+
+void editPugi(const std::string& path)
+{
+    pugi::xml_document document;
+    document.load_file(path.c_str(), pugi::parse_full);
+    document.child("Project").child("PropertyGroup").child("OutputPath").text() = "..\\bin";
+    document.save_file((path + ".out").c_str());
+}
+
+void adaptSolution(const std::string& folder)
+{
+    const QString path = QString::fromStdString(folder);
+    FilterSln(path + u"/dotnet.sln"_s, path + u"/copy"_s, true, false);
+}
+
+} // namespace
+
+// Takes what to do and two arguments, which are the window's too.
+int main(int argc, char* argv[])
+{
+    QApplication application(--argc, ++argv);
+    QQuickStyle::setStyle(u"Basic"_s);
+    kvouiInitPlugin();
+    qmlRegisterType<Backend>("com.zuvy", 1, 0, "Backend");
+
+    const QString first = QString::fromLocal8Bit(argv[1]), second = QString::fromLocal8Bit(argv[2]);
+    const auto repeat = [&](const auto& work) {
+        return milliseconds([&] {
+            for (int i = 0; i < second.toInt(); ++i)
+                work(first.toStdString());
+        });
+    };
+    QList<QString> items;
+    CopyWorker worker(nullptr, first, second, false, false);
+    const std::map<std::string, std::function<double()>> tasks = {
+        {"walk", [&] { return repeat([&](auto) { Walk(items, {}, first, {}, {}); }); }},
+        {"readdir", [&] { return repeat(readFolder); }},
+        {"heap", [&] { return heap(worker); }},
+        {"worker", [&] { return milliseconds([&] { worker.start(), worker.wait(); }); }},
+        {"copy", [&] { return copyAlone(first, second); }},
+        {"window", [&] { return copyThroughWindow(second); }},
+        {"frame", [&] { return showFirstFrame(first.toUtf8()); }},
+        {"xml", [&] { return repeat(editXml); }},
+        {"dom", [&] { return repeat(editDom); }},
+        {"pugi", [&] { return repeat(editPugi); }},
+        {"solution", [&] { return repeat(adaptSolution); }}};
+    std::printf("%f\n", tasks.at(argv[0])());
+}
