@@ -292,7 +292,7 @@ ApplicationWindow {
         text: qsTr("The folder %1 already exists. If you continue it will be removed, are you sure you want to continue.").arg(window.backend.destination)
         standardButtons: Dialog.Yes | Dialog.No
         onOpened: standardButton(Dialog.No).forceActiveFocus(Qt.TabFocusReason)
-        onClosed: copyButton.forceActiveFocus(Qt.TabFocusReason)
+        onClosed: if (!window.backend.copying) copyButton.forceActiveFocus(Qt.TabFocusReason)
         onAccepted: window.backend.start()
     }
 

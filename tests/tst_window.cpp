@@ -235,8 +235,12 @@ private slots:
         QSignalSpy done(&program.backend(), &Backend::copyDone);
         program.click(u"copyButton"_s);
         QTRY_VERIFY(program.item(u"Yes"_s));
+        bool abortable = false;
+        QObject::connect(&program.backend(), &Backend::copyFileChanged, program.window,
+                         [&] { abortable = program.focused() == u"abortButton"_s; });
         program.click(u"Yes"_s);
         QVERIFY(done.count() || done.wait());
+        QVERIFY(abortable);
         QCOMPARE(readTree(program.destination()).keys(), QStringList({u"d/"_s, u"d/file 0"_s}));
     }
 
