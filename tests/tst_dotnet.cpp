@@ -99,7 +99,7 @@ private slots:
         const Names libraries = items(u"@pakr1 @rowbase3 @PixNova @mtq @arcpack @qorSDK @LinkStage @vrk/ @OptoStdRefCore @MirrelWire "
                                       "@AssetGraph @kvo @OptoApi @OptoStd @qmav @bnx64 @zuvy-camx oep/ oep/d/ oep/d/x @wio-2.3.1"_s);
         const QTemporaryDir sdk;
-        for (const QString& item : libraries + items(u"@vrk/x @kvoui @PIXNOVA @mtq.12 @wio-2.3x1 @other OptoApix/x"_s))
+        for (const QString& item : libraries + items(u"mtq @vrk/x @kvoui @PIXNOVA @mtq.12 @wio-2.3x1 @other OptoApix/x"_s))
             writeFile(sdk.filePath(u"lib/"_s + item));
         for (const QString& program : {u"qmav"_s, u"mtq"_s})
             writeFile(sdk.filePath(u"bin/"_s + exe.arg(program)));

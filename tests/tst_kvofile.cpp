@@ -37,6 +37,7 @@ private slots:
         row("joined with no second separator", MakePath("/a//", "/b", '/'), "/a/b");
         row("joined to the root", MakePath("/", "b", '/'), "/b");
         row("joined to nothing", MakePath("", "b", '/'), "b");
+        row("backslashes", ConvertSlashes("a\\b/c/", '\\'), "a\\b\\c\\");
         row("expanded", ExpandRelativePath("/s/a", "..\\Common\\File.cs", '/'), "/s/Common/File.cs");
         row("expanded to backslashes", ExpandRelativePath("/s", "a/b", '\\'), "\\s\\a\\b");
         row("expanded an absolute path", ExpandRelativePath("/s", "/x/./y//../z/", '/'), "/x/z");
@@ -122,7 +123,7 @@ private slots:
     {
         makePipe(path("pipe"));
         writeFile(path("file"));
-        for (const QString& name : {QString(), m_dir.path(), path("none"), u"/dev/zero"_s, path("pipe")})
+        for (const QString& name : {QString(), m_dir.path(), path("none"), u"/dev/zero"_s, u"/proc/self/mem"_s, path("pipe")})
             QVERIFY2(!open(name, 0x12), qPrintable(name));
         for (const QString& name : {QString(), m_dir.path(), path("none/x"), path("pipe")})
             QVERIFY2(!open(name, 0x28), qPrintable(name));

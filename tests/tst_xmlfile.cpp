@@ -93,15 +93,17 @@ private slots:
     void readsElements()
     {
         kvo::CXMLFile file;
-        QVERIFY(load(file, "<!DOCTYPE r [<!ENTITY e 'ü'>]><r>t<a x='&lt;&e;\n&#10;'> 1&amp;<!--c--><![CDATA[<2]]>\r\n&e;</a>t"
-                           "<b/><a><c/></a></r>"));
+        QVERIFY(
+            load(file,
+                 "<!DOCTYPE r [<!ENTITY e 'ü'><!ATTLIST a d CDATA 'v'>]><r>t<a x='&lt;&e;\n&#10;'> 1&amp;<!--c--><![CDATA[<2]]>\r\n&e;</a>t"
+                 "<b/><a><c/></a>t</r>"));
         CNode* const root = file.GetCurr();
         CNode* const first = root->Child();
         QCOMPARE(root->name, "r");
         QCOMPARE(root->value, "");
         QCOMPARE(first->value, " 1&<2\nü");
         QCOMPARE(first->attributes["x"], "<ü \n");
-        QVERIFY(!first->attributes.Exists("X") && !first->Child() && !first->FindChild("c"));
+        QVERIFY(!first->attributes.Exists("X") && !first->attributes.Exists("d") && !first->Child() && !first->FindChild("c"));
         QCOMPARE(first->Next()->name, "b");
         QCOMPARE(first->FindNext("a"), root->FindChild("b")->Next());
         QVERIFY(!first->FindNext("a")->FindNext("a") && !first->FindNext("a")->Next());
@@ -154,10 +156,6 @@ private slots:
         row("bytes that are no UTF-8", "<a>\xe4</a>");
         row("an odd number of UTF-16 bytes", encoded(QStringConverter::Utf16LE, u"<a/>"_s) + 'x');
         row("an unknown encoding", "<?xml version='1.0' encoding='none'?><a/>");
-        QByteArray attributes;
-        for (int i = 0; i < 1001; ++i)
-            attributes += " a" + QByteArray::number(i) + "=''";
-        row("1,001 attributes in a tag", "<a" + attributes + "/>");
         QByteArray bomb = "<!DOCTYPE a [<!ENTITY e0 'x'>";
         for (int i = 1; i < 10; ++i)
             bomb += "<!ENTITY e" + QByteArray::number(i) + " '" + ("&e" + QByteArray::number(i - 1) + ';').repeated(10) + "'>";
@@ -178,6 +176,17 @@ private slots:
         QVERIFY(!file.GetCurr());
         QCOMPARE(saved(file), "(not saved)");
         QCOMPARE(readFile(m_target), "<a/>");
+    }
+
+    void takesAThousandAttributesInATag()
+    {
+        for (const int count : {1000, 1001}) {
+            QByteArray tag = "<a";
+            for (int i = 0; i < count; ++i)
+                tag += " b" + QByteArray::number(i) + "=''";
+            kvo::CXMLFile file;
+            QCOMPARE(load(file, tag + "/>"), count == 1000);
+        }
     }
 
     void readsAndWritesRegularFilesOnly()
