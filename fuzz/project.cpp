@@ -12,6 +12,9 @@ extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size)
     static const QTemporaryDir root;
     const Tree sdk = {{u"dotnet.sln"_s, input.first(end)}, {u"P/"_s, {}}, {u"P/P.csproj"_s, input.sliced(end)}};
     writeTree(root.filePath(u"sdk"_s), sdk);
+    Names names;
+    GetDotnetDirs(names, root.filePath(u"sdk"_s));
+    require(names.size() <= input.count("Project("));
 
     for (const bool copyWrapper : {false, true}) {
         writeTree(root.filePath(u"copy"_s), {{u"P/P.csproj"_s, "copied"}});
