@@ -141,6 +141,8 @@ bool CXMLFile::Document::Parse()
             open = open->m_parent;
         } else if (token == QXmlStreamReader::Characters && open && !open->m_child) {
             open->value += Utf8(reader.text());
+        } else if (token == QXmlStreamReader::DTD && root) {
+            return false; // the reader takes one anywhere
         }
     }
     return !reader.hasError();

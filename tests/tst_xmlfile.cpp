@@ -155,6 +155,7 @@ private slots:
         row("an unknown encoding", "<?xml version='1.0' encoding='none'?><a/>");
         row("an entity that grows", entities + "<a b='&f;'/>");
         row("many references to a long entity", entities + "<a>" + QByteArray("&e;").repeated(100'000) + "</a>");
+        row("a document type within an element", "<a><!DOCTYPE a>x</a>");
         row("more than 1,000 attributes", tag(1001));
     }
 
