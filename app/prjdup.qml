@@ -12,10 +12,13 @@ ApplicationWindow {
         onCopyDone: doneDlg.open()
     }
 
-    // The style's buttons neither press on Return nor on an assistive tool's action.
+    // The style's buttons neither press on Return nor on an assistive tool's action; and a key held down must not
+    // press through one dialog after the other.
     component PushButton: Button {
         opacity: enabled ? 1 : 0.5
         Accessible.onPressAction: if (enabled) clicked()
+        Keys.onPressed: (event) => event.accepted = event.isAutoRepeat
+        Keys.onReleased: (event) => event.accepted = event.isAutoRepeat
         Keys.onEnterPressed: (event) => { if (!event.isAutoRepeat) clicked() }
         Keys.onReturnPressed: (event) => { if (!event.isAutoRepeat) clicked() }
     }
@@ -71,7 +74,7 @@ ApplicationWindow {
         id: messageDialog
 
         property alias text: message.text
-        readonly property real room: parent.height - height + availableHeight
+        readonly property real room: parent.height - implicitHeaderHeight - implicitFooterHeight - 2 * padding
 
         ColumnLayout {
             anchors { left: parent.left; right: parent.right; top: parent.top }
