@@ -11,6 +11,7 @@
 #include <QFileInfo>
 #include <QStringBuilder>
 
+#include <algorithm>
 #include <filesystem>
 
 using Qt::StringLiterals::operator""_s;
@@ -25,19 +26,28 @@ std::filesystem::path toPath(const QString& path)
     return std::u8string(utf8.begin(), utf8.end());
 }
 
-// Whether removing `destination` would remove `source`. Compares file identities on the way up
-// from the source, so that neither links nor the spelling of a path hide it.
-bool holdsSource(const QString& destination, const QString& source)
+// Whether removing `destination` would remove `folderPath`. Compares file identities on the way up
+// from the folder, so that neither links nor the spelling of a path hide it.
+bool holds(const QString& destination, const QString& folderPath)
 {
     std::error_code error;
     const std::filesystem::path target = toPath(destination);
-    auto folder = std::filesystem::weakly_canonical(toPath(source), error);
+    auto folder = std::filesystem::weakly_canonical(toPath(folderPath), error);
     while (!std::filesystem::equivalent(folder, target, error)) {
         if (folder == folder.parent_path())
             return false;
         folder = folder.parent_path();
     }
     return true;
+}
+
+// Whether removing `destination` would remove what is to be copied, in whichever mode.
+bool holdsSource(const QString& destination, const QString& source)
+{
+    const auto folders = {u""_s, u"/../bin"_s, u"/../lib"_s, u"/../dotnet"_s};
+    return std::any_of(folders.begin(), folders.end(), [&](const QString& folder) {
+        return holds(destination, QDir::cleanPath(source + folder));
+    });
 }
 
 void prepareDestination(const QString& destination)

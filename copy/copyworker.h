@@ -10,7 +10,8 @@ struct CopyFileEntry;
 // own. The owner starts it, and deletes it after `finished`; the destructor does not wait.
 //
 // An existing destination is removed with all its contents. Only a destination that is empty, or
-// that is or holds the samples folder (links resolved), is left alone, and nothing is copied.
+// that is or holds a folder to copy from in either mode (links resolved), is left alone, and
+// nothing is copied.
 //
 // Failures are not reported: an entry that cannot be copied is passed over, and the run goes on.
 class CopyWorker : public QThread
