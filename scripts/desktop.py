@@ -1,6 +1,8 @@
 """The real program on an X display: found over AT-SPI, pressed with real mouse and key events."""
 
+import ctypes
 import os
+import struct
 import subprocess
 import time
 
@@ -71,6 +73,12 @@ class Program:
         x, y = box.x + box.width // 2, box.y + box.height // 2
         self._xdotool("mousemove", "--sync", str(x), str(y), "click", "1")
 
+    def act(self, role, name, action="Press"):
+        """Does what an assistive tool's action does."""
+        node = self.wait(role, name)
+        names = [Atspi.Action.get_action_name(node, i) for i in range(node.get_n_actions())]
+        assert node.do_action(names.index(action))
+
     def key(self, name):
         # There may be no window manager to give the focus.
         self._xdotool("windowfocus", "--sync", self.window, "key", name)
@@ -78,6 +86,20 @@ class Program:
     def screenshot(self, file):
         self._xdotool("windowraise", self.window)
         subprocess.run(["import", "-window", self.window, file], check=True)
+
+    def close(self):
+        """Asks the window to close as a window manager does."""
+        x = ctypes.CDLL("libX11.so.6")
+        x.XOpenDisplay.restype = ctypes.c_void_p
+        display = ctypes.c_void_p(x.XOpenDisplay(None))
+        window = int(self.window)
+        protocols = x.XInternAtom(display, b"WM_PROTOCOLS", 0)
+        delete = x.XInternAtom(display, b"WM_DELETE_WINDOW", 0)
+        message = struct.pack(
+            "@iLiPLLi5l", 33, 0, 1, 0, window, protocols, 32, delete, 0, 0, 0, 0
+        )
+        x.XSendEvent(display, ctypes.c_ulong(window), 0, ctypes.c_long(0), message.ljust(192, b"\0"))
+        x.XCloseDisplay(display)
 
     def message(self):
         """The done message, as soon as it is there."""

@@ -1,6 +1,8 @@
-"""Copies the example SDK with the real program from the real window, builds and runs the copy."""
+"""The real program on the example SDK: used as by eye and hand and as by a screen reader; its copies build and run."""
 
 import difflib
+import itertools
+import json
 import os
 import pathlib
 import shutil
@@ -10,19 +12,12 @@ import tempfile
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "scripts"))
-from desktop import Program, build_cmake, build_dotnet, run
+from desktop import Atspi, Program, build_cmake, build_dotnet, has, run, wait, walk
 
-FRAMES = [f"Frame {i}: minimum {8 * i}, maximum {220 + 8 * i}, mean {110 + 8 * i}.00" for i in range(3)]
-CMAKE_OUTPUT = {
-    "CameraList": "qorSDK 1.0, cameras: 1\nCamera 0: QorSim 64, serial QS-0042, 64 x 48\n",
-    "FrameStatistics": "\n".join(FRAMES) + "\n",
-    "Snapshot": "snapshot.pgm written\n",
-}
-DOTNET_OUTPUT = {
-    "DotnetGrab": "QorSim 64, serial QS-0042\nFrame 0: mean 110.00\nFrame 1: mean 118.00\nFrame 2: mean 126.00\n",
-    "DotnetInfo": "qorSDK 1.0, cameras: 1\n",
-    "DotnetSettings": "Frame 0: 64 x 48\nFrame 1: 64 x 48\n",
-}
+CMAKE_BOXES = ["Run CMake-GUI after copying to generate buildable projects."]
+DOTNET_BOXES = ["Copy .NET wrapper so it can also be modified.", "Open the solution after copying."]
+# What the built samples print.
+OUTPUT = json.loads(pathlib.Path(__file__).with_name("data").joinpath("output.json").read_text())
 PROJECT_RULES = r"OutputPath|BaseIntermediateOutputPath|<(Compile|None) Include=|<Link>|</(Compile|None)>|<Copy "
 
 
@@ -50,25 +45,32 @@ class EndToEnd(unittest.TestCase):
         run("chmod", "-R", "a-w", self.sdk)
         self.addCleanup(run, "chmod", "-R", "u+w", self.sdk)
         self.before = fingerprint(self.sdk)
+        self.destination = self.root / "Documents" / "Ma côpy"
+        self.done = f"Done copying files, you can now open the project in {self.destination}."
 
-    def copy(self, *options, boxes):
+    def open(self, *options):
         window = Program(PROGRAM, *options, str(self.sdk / "samples"), "Ma côpy", home=self.root)
         self.addCleanup(window.process.kill)
+        return window
+
+    def copy(self, *options, boxes):
+        window = self.open(*options)
         for box in boxes:
             window.click("check box", box)
         window.click("push button", "Copy")
-        copy = self.root / "Documents" / "Ma côpy"
-        self.assertEqual(window.message(), f"Done copying files, you can now open the project in {copy}.")
+        self.assertEqual(window.message(), self.done)
         window.key("Return")
         self.assertEqual(window.status(), 0)
         self.assertEqual(fingerprint(self.sdk), self.before)
-        return copy
 
-    def changes(self, copy):
+    def changes(self):
         """The changed lines of each file that differs from its original."""
-        pairs = [(self.sdk / "samples" / path.relative_to(copy), path) for path in copy.rglob("*")]
-        changes = {str(new.relative_to(copy)): changed_lines(old, new) for old, new in pairs if old.is_file()}
-        return {name: lines for name, lines in changes.items() if lines}
+        changes = {}
+        for new in self.destination.rglob("*"):
+            old = self.sdk / "samples" / new.relative_to(self.destination)
+            if old.is_file() and (lines := changed_lines(old, new)):
+                changes[str(new.relative_to(self.destination))] = lines
+        return changes
 
     def test_start(self):
         for count in (0, 1, 3):
@@ -79,24 +81,70 @@ class EndToEnd(unittest.TestCase):
     def test_cmake(self):
         with self.assertRaisesRegex(RuntimeError, "Copy them with Copy Project"):
             run("cmake", "-S", self.sdk / "samples", "-B", self.root / "build")
-        copy = self.copy(boxes=["Run CMake-GUI after copying to generate buildable projects."])
+        self.copy(boxes=CMAKE_BOXES)
         old, new = '#set(ZUVYSDKDIR "@PRJDUP_ZUVYSDKDIR@")', f'set(ZUVYSDKDIR "{self.sdk}/")'
-        self.assertEqual(self.changes(copy), {"CMakeLists.txt": [f"-{old}\n", f"+{new}\n"]})
-        self.assertEqual(build_cmake(copy), CMAKE_OUTPUT)
+        self.assertEqual(self.changes(), {"CMakeLists.txt": [f"-{old}\n", f"+{new}\n"]})
+        self.assertEqual(build_cmake(self.destination), OUTPUT["CMake"])
 
     def test_dotnet(self):
-        for wrapper in ([], ["Copy .NET wrapper so it can also be modified."]):
-            copy = self.copy("--dotnet", boxes=["Open the solution after copying.", *wrapper])
-            changes = self.changes(copy)
-            self.assertEqual(set(changes), {f"{name}/{name}.csproj" for name in DOTNET_OUTPUT})
+        for boxes in (DOTNET_BOXES[1:], DOTNET_BOXES):
+            self.copy("--dotnet", boxes=boxes)
+            changes = self.changes()
+            self.assertEqual(set(changes), {f"{name}/{name}.csproj" for name in OUTPUT[".NET"]})
             for line in sum(changes.values(), []):
                 self.assertRegex(line, PROJECT_RULES)
-            if wrapper:
+            if boxes == DOTNET_BOXES:
                 run("chmod", "u+w", self.sdk, self.sdk / "dotnet")
                 (self.sdk / "dotnet").rename(self.root / "away")
             for configuration in ("Debug", "Release"):
-                self.assertEqual(build_dotnet(copy, configuration), DOTNET_OUTPUT)
-            shutil.rmtree(copy)
+                self.assertEqual(build_dotnet(self.destination, configuration), OUTPUT[".NET"])
+            shutil.rmtree(self.destination)
+
+    def test_accessible_controls(self):
+        buttons = ["Choose Destination Folder", "Close", "Copy"]
+        for options, boxes in {(): CMAKE_BOXES, ("--dotnet",): DOTNET_BOXES}.items():
+            window = self.open(*options)
+            shown = [node for node in walk(window.application) if has(node, Atspi.StateType.SHOWING)]
+            controls = sorted((node.get_role_name(), node.get_name()) for node in shown)
+            for role, names in {"push button": buttons, "check box": boxes, "text": ["Destination Folder:"]}.items():
+                self.assertEqual([name for found, name in controls if found == role], names)
+            self.assertEqual(Atspi.Text.get_text(window.find("text"), 0, -1), str(self.destination))
+            for box, action in itertools.product(boxes, ("Toggle", "Press")):
+                before = has(window.find("check box", box), Atspi.StateType.CHECKED)
+                window.act("check box", box, action)
+                self.assertNotEqual(has(window.find("check box", box), Atspi.StateType.CHECKED), before)
+            window.act("push button", "Close")
+            self.assertEqual(window.status(), 0)
+
+    def test_accessible_copy(self):
+        count = 10_000
+        run("chmod", "u+w", self.sdk / "samples")
+        for number in range(count):
+            (self.sdk / "samples" / f"file {number}").touch()
+        window = self.open()
+        # What the action does to the box must reach the copy: no cmake-gui is started.
+        window.act("check box", *CMAKE_BOXES, "Toggle")
+        window.act("push button", "Copy")
+        dialog = window.wait("dialog", "Copy Progress")
+
+        def reads_progress():
+            texts = " ".join(node.get_name() for node in walk(dialog))
+            return "File: /" in texts and "Progress: " in texts
+
+        wait(reads_progress, "file name and percentage")
+        # Disabled, so that this asks nothing.
+        window.act("push button", "Copy")
+        self.assertFalse(window.find("dialog", "Warning"))
+        for button, complete in {"Abort": False, "Yes": True}.items():
+            window.act("push button", button)
+            self.assertEqual(window.message(), self.done)
+            self.assertEqual(len(list(self.destination.glob("file *"))) == count, complete)
+            if not complete:
+                window.key("Escape")
+                window.act("push button", "Copy")
+                self.assertTrue(has(window.wait("push button", "No"), Atspi.StateType.FOCUSED))
+        window.act("push button", "OK")
+        self.assertEqual(window.status(), 0)
 
 
 PROGRAM, SDK = sys.argv[1:3]

@@ -1,12 +1,10 @@
 """Real faults and stops of the real program: it ends by itself, copies what it can and leaves the SDK alone."""
 
-import ctypes
 import os
 import pathlib
 import random
 import shutil
 import signal
-import struct
 import sys
 import tempfile
 import unittest
@@ -66,17 +64,6 @@ def files(folder):
     return {str(path.relative_to(folder)): path.read_bytes() for path in paths if str(path).isprintable()}
 
 
-def close(window):
-    """Sends the message by which a window manager asks a window to close."""
-    x = ctypes.CDLL("libX11.so.6")
-    x.XOpenDisplay.restype = ctypes.c_void_p
-    display = ctypes.c_void_p(x.XOpenDisplay(None))
-    protocols, delete = (x.XInternAtom(display, name, 0) for name in (b"WM_PROTOCOLS", b"WM_DELETE_WINDOW"))
-    event = struct.pack("@iLiPLLi5l", 33, 0, 1, 0, window, protocols, 32, delete, 0, 0, 0, 0).ljust(192, b"\0")
-    x.XSendEvent(display, ctypes.c_ulong(window), 0, ctypes.c_long(0), event)
-    x.XCloseDisplay(display)
-
-
 class Faults(unittest.TestCase):
     def setUp(self):
         self.root = pathlib.Path(tempfile.mkdtemp(prefix="camera ", dir="/mnt"))
@@ -114,19 +101,16 @@ class Faults(unittest.TestCase):
         sdk = b'set(ZUVYSDKDIR "%b/")' % os.fsencode(self.samples.parent)
         return data.replace(PLACEHOLDER, sdk).replace(b">bin<", b">..\\bin<")
 
-    def press(self, window, button):
-        self.assertTrue(window.wait("push button", button).do_action(0))
-
     def start(self):
         """A window that copies, whose program has no search path, which could lead to a real cmake-gui."""
         self.before = self.before or self.sdk()
         arguments = ["PATH=", sys.argv[1], *self.options, str(self.samples), "Copy"]
         window = Program("/usr/bin/env", *arguments, home=self.home)
         self.addCleanup(window.process.kill)
-        self.press(window, "Copy")
+        window.act("push button", "Copy")
         wait(lambda: window.find("push button", "Yes") or window.find("dialog"), "dialog")
         if window.find("push button", "Yes"):
-            self.press(window, "Yes")
+            window.act("push button", "Yes")
         return window
 
     def start_many(self):
@@ -141,7 +125,7 @@ class Faults(unittest.TestCase):
 
     def finish(self, window):
         self.assertIn(self.outcome, window.message())
-        self.press(window, "OK")
+        window.act("push button", "OK")
         self.assertEqual(window.status(), 0)
         self.assertTrue(self.sdk() == self.before)
 
@@ -203,10 +187,10 @@ class Faults(unittest.TestCase):
                 window.process.kill()
                 window.process.wait()
             elif stop == "close":
-                close(int(window.window))
+                window.close()
                 self.assertEqual(window.status(), 0)
             else:
-                self.press(window, "Abort")
+                window.act("push button", "Abort")
                 self.finish(window)
             self.check(ALL if stop == "close" else PART)
         self.run_copy()

@@ -1,5 +1,9 @@
 #include "adapt/cmakelists.h"
+#include "adapt/project.h"
+#include "adapt/sdkimports.h"
+#include "adapt/solution.h"
 #include "adapt/strtok_quo.h"
+#include "copy/copyfileentry.h"
 
 #include "tests/table.h"
 
@@ -8,6 +12,15 @@
 class TestAdapt : public QObject
 {
     Q_OBJECT
+
+    // An SDK, and the folder of a copy.
+    struct Sdk
+    {
+        const QTemporaryDir root;
+        const QString samples = root.filePath(u"sdk/samples"_s);
+        const QString solution = samples + u"/dotnet.sln"_s;
+        const QString copy = root.filePath(u"a côpy"_s);
+    };
 
 private slots:
     void pointsCMakeListsAtTheSdk_data() { addCases(QFINDTESTDATA("data/cmakelists.txt"), {"sdk", "before", "after"}); }
@@ -50,6 +63,90 @@ private slots:
             tokens += QByteArray("[") + token + ']';
         QTEST(tokens, "tokens");
         QVERIFY(!strtok_quo(bytes.data(), delimiters, nullptr));
+    }
+
+    void rewritesAProject_data() { addCases(QFINDTESTDATA("data/projects.txt"), {"copied", "before", "after"}); }
+
+    void rewritesAProject()
+    {
+        QFETCH(QByteArray, copied);
+        QFETCH(QByteArray, before);
+        QFETCH(QByteArray, after);
+        const Sdk sdk;
+        writeTree(sdk.root.path(), {{u"sdk/samples/P/P.csproj"_s, before}, {u"a côpy/P/"_s, {}}});
+        RewriteProject({sdk.samples.toStdString(), sdk.copy.toStdString(), "P/P.csproj"}, copied.contains("project"),
+                       copied.contains("wrapper"));
+        QCOMPARE(readFile(sdk.copy + u"/P/P.csproj"_s), after.replace("{root}", sdk.root.path().toUtf8()));
+    }
+
+    void readsAndCopiesASolution_data() { addCases(QFINDTESTDATA("data/solutions.txt"), {"solution", "copy", "names", "projects"}); }
+
+    void readsAndCopiesASolution()
+    {
+        QFETCH(QByteArray, solution);
+        QFETCH(QByteArray, copy);
+        QFETCH(QByteArray, projects);
+        for (QByteArray* text : {&solution, &copy})
+            text->replace("␍", "\r").replace("␀", QByteArray(1, '\0')).replace("…", QByteArray(2040, '#'));
+        const QByteArray before = "<P><ItemGroup><None Include='a\\b' /></ItemGroup></P>";
+        const QByteArray after = "<P><ItemGroup><None Include='a/b' /></ItemGroup></P>";
+        const Sdk sdk;
+        writeFile(sdk.solution, solution);
+        for (const QString& project : {u"A/A.csproj"_s, u"B/É 2.csproj"_s, u"None/N.csproj"_s, u"../out/O.csproj"_s})
+            writeFile(sdk.samples + u'/' + project, before);
+        writeFile(sdk.samples + u"/Bad/Bad.csproj"_s, "<P");
+        for (const QString& path : {u"/A/"_s, u"/B/"_s, u"/../out/"_s, u"/Bad/Bad.csproj"_s})
+            writeFile(sdk.copy + path);
+
+        Tree expected = readTree(sdk.root.path());
+        expected[u"a côpy/dotnet.sln"_s] = copy;
+        for (const QString& project : QString::fromUtf8(projects).split(u'\n', Qt::SkipEmptyParts))
+            expected[u"a côpy/"_s + project] = after;
+        QVERIFY(FilterSln(sdk.solution, sdk.copy, true, false));
+        QCOMPARE(readTree(sdk.root.path()), expected);
+        Names names;
+        GetDotnetDirs(names, sdk.samples);
+        QTEST(names.join(u'\n').toUtf8(), "names");
+    }
+
+    void touchesNothingWithoutASolution()
+    {
+        const Sdk sdk;
+        writeFile(sdk.samples + u"/P.csproj"_s, "<P/>");
+        writeFile(sdk.solution, "Project(\"{t}\") = \"P\", \"P.csproj\", \"{1}\"\n");
+        // A folder takes the place of the copied solution.
+        writeFile(sdk.copy + u"/dotnet.sln/"_s);
+        const Tree before = readTree(sdk.copy);
+        QVERIFY(!FilterSln(sdk.samples + u"/other.sln"_s, sdk.copy, true, false));
+        QVERIFY(!FilterSln(sdk.solution, sdk.copy, true, false));
+        QCOMPARE(readTree(sdk.copy), before);
+
+        makePipe(sdk.root.filePath(u"dotnet.sln"_s));
+        Names names;
+        GetDotnetDirs(names, sdk.root.path());
+        QVERIFY(names.isEmpty());
+    }
+
+    void collectsTheRuntime_data() { addCases(QFINDTESTDATA("data/runtime.txt"), {"there", "collected"}); }
+
+    void collectsTheRuntime()
+    {
+        QFETCH(QByteArray, there);
+        QFETCH(QByteArray, collected);
+        const QMap<QByteArray, ImportNames> platforms = {
+            {"macOS", macImportNames}, {"Linux", linuxImportNames}, {"Windows", windowsImportNames}};
+        const QTemporaryDir sdk;
+        for (const QByteArray& path : there.split('\n'))
+            writeFile(sdk.filePath(QString::fromUtf8(path)));
+
+        QList<CopyFileEntry> entries;
+        GetSdkImports(entries, sdk.filePath(u"samples"_s), u"/dst"_s, platforms[QTest::currentDataTag()]);
+        Names found;
+        for (const CopyFileEntry& entry : entries)
+            found += Names{entry.sourcePath, entry.destinationPath, entry.relativePath}.join(u" > "_s);
+        // The files of one pattern come in no order.
+        QCOMPARE(found.removeIf([](const QString& entry) { return entry.contains(u"kvoui"_s); }), 2);
+        QCOMPARE(found.join(u'\n').toUtf8(), collected.replace("{sdk}", sdk.path().toUtf8()));
     }
 };
 

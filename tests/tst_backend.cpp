@@ -50,29 +50,16 @@ private:
     QList<QUrl> m_opened;
 
 private slots:
-    void readsTheCommandLine_data()
-    {
-        const auto row = table<Arguments, QString, bool, bool>("arguments", "destination", "dotnet", "valid");
-        row("nothing", {}, u""_s, false, false);
-        row("a source only", {"/s"}, u""_s, false, false);
-        row("source and name", {"/s", "My Copy"}, u"/My Copy"_s, false, true);
-        row("the switch first", {"--dotnet", "/s", "x"}, u"/x"_s, true, true);
-        row("the switch last and repeated", {"/s", "--dotnet", "x", "--dotnet"}, u"/x"_s, true, true);
-        row("another case is a name", {"/s", "--DOTNET"}, u"/--DOTNET"_s, false, true);
-        row("three names", {"/s", "x", "y"}, u"/x"_s, false, false);
-        row("an absolute name", {"/s", "/tmp/x"}, u"/tmp/x"_s, false, true);
-        row("a name that leads out, to be cleaned", {"/s", "..//x/"}, u"/../x"_s, false, true);
-    }
+    void readsTheCommandLine_data() { addCases(QFINDTESTDATA("data/commandlines.txt"), {"arguments", "destination", "result"}); }
 
     void readsTheCommandLine()
     {
-        QFETCH(Arguments, arguments);
-        QFETCH(QString, destination);
-        const Setup setup(arguments);
+        QFETCH(QByteArray, arguments);
+        QFETCH(QByteArray, destination);
+        const Setup setup(arguments.split('\n'));
         const Backend backend;
-        QCOMPARE(backend.destination(), QDir::cleanPath(setup.documents + destination));
-        QTEST(backend.dotnet(), "dotnet");
-        QTEST(backend.valid(), "valid");
+        QCOMPARE(backend.destination(), QDir::cleanPath(setup.documents + QString::fromUtf8(destination)));
+        QTEST((backend.valid() ? "valid" : "invalid") + QByteArray(backend.dotnet() ? " .NET" : ""), "result");
         QCOMPARE(backend.status(), Backend::STATUS_NOT_STARTED);
         QVERIFY(backend.runCMake() && backend.openSolution() && !backend.copyWrapper());
         QVERIFY(!backend.destinationExists());

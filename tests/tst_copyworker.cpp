@@ -48,25 +48,17 @@ class TestCopyWorker : public QObject
     }
 
 private slots:
-    void copiesWhatTheModeAsksFor_data()
-    {
-        const auto row = table<bool, bool, QString, QString>("dotnet", "copyWrapper", "expected", "first");
-        const QString net = u"Net/ Net/x.cs bin/ bin/Debug/ bin/Release/ dotnet.sln"_s, bin = u"/bin /bin/Debug /bin/Release"_s;
-        row("CMake: all but the .NET projects and the solution", false, true, u"CMakeLists.txt a/ a/b/ a/b/c.txt"_s, {});
-        row(".NET: runtime folders, projects, solution", true, false, net, bin);
-        row(".NET with wrapper: without its top-level doc", true, true, net + u" dotnet/ dotnet/w/ dotnet/w/doc/ dotnet/w/doc/x.cs"_s,
-            bin + u" /dotnet /dotnet/w"_s);
-    }
+    void copiesWhatTheModeAsksFor_data() { addCases(QFINDTESTDATA("data/modes.txt"), {"options", "first", "copied"}); }
 
     void copiesWhatTheModeAsksFor()
     {
-        QFETCH(bool, dotnet);
-        QFETCH(bool, copyWrapper);
-        QFETCH(QString, first);
+        QFETCH(QByteArray, options);
+        QFETCH(QByteArray, first);
+        const bool dotnet = options.contains("dotnet"), copyWrapper = options.contains("wrapper");
         const Sdk sdk;
         const Report report = run(sdk, dotnet, copyWrapper);
         const Tree copy = readTree(sdk.destination);
-        QTEST(Names(copy.keys()).join(u' '), "expected");
+        QTEST(Names(copy.keys()).join(u'\n').toUtf8(), "copied");
         // As adapted; it had no line end.
         QVERIFY(!dotnet || copy[u"dotnet.sln"_s].endsWith("\r\n"));
         Names files;
@@ -75,7 +67,7 @@ private slots:
             QCOMPARE(progress, double(files.size()) / double(copy.size()));
         }
         QCOMPARE(files.size(), copy.size());
-        QVERIFY(files.join(u' ').startsWith(first));
+        QVERIFY(files.join(u'\n').toUtf8().startsWith(first));
     }
 
     void stopsWhereItIsAborted()

@@ -36,21 +36,6 @@ private slots:
         QTEST(QByteArray::fromStdString(results[lines[0].split(' ').first()]), "result");
     }
 
-    void findsTheWayBetweenPaths()
-    {
-        using namespace kvo::path;
-        std::vector<std::string> paths = {"", "C:/x", "/ü/..\xff"};
-        for (std::size_t i = 0; paths.size() < 200; ++i)
-            for (const char* piece : {"/", "a", "..", ".", "\\"})
-                paths.push_back(paths[i] + piece);
-        for (const std::string& base : paths) {
-            for (const std::string& target : paths) {
-                const std::string relative = RelativePath(base, target, '/');
-                QCOMPARE(ExpandRelativePath(base, relative, '/'), ExpandRelativePath("", target, '/'));
-            }
-        }
-    }
-
     void readsLines_data() { addCases(QFINDTESTDATA("data/lines.txt"), {"bytes", "lines"}); }
 
     void readsLines()
