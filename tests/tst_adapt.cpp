@@ -38,15 +38,6 @@ private slots:
         QCOMPARE(readFile(path), "\xff\r\n" + after);
     }
 
-    void restoresCMakeListsThatCannotGrow()
-    {
-        const QTemporaryDir folder;
-        const QByteArray content = "#set(ZUVYSDKDIR \"@PRJDUP_ZUVYSDKDIR@\")" + QByteArray(99'950, '#');
-        writeFile(folder.filePath(u"file"_s), content);
-        writeWithLimit([&] { FilterCMakeLists(folder.filePath(u"file"_s), u"/sdk"_s.repeated(50)); });
-        QVERIFY(readFile(folder.filePath(u"file"_s)) == content);
-    }
-
     void splitsOutsideQuotes_data() { addCases(QFINDTESTDATA("data/tokens.txt"), {"text", "delimiters", "tokens"}); }
 
     void splitsOutsideQuotes()

@@ -82,46 +82,28 @@ private slots:
         QCOMPARE(members.join('\n') + '\n', readFile(QFINDTESTDATA("data/metaobject.txt")));
     }
 
-    void takesADestination_data()
-    {
-        const auto row = table<QString, QString, QString>("written", "url", "destination");
-        row("the URL of a file", u"file:///tmp/a b%23%3F%2525é"_s, u"file:///tmp/a b%23%3F%2525é"_s, u"/tmp/a b#?%25é"_s);
-        row("a URL with a coded blank", u"file:///tmp/a%20b"_s, u"file:///tmp/a b"_s, u"/tmp/a b"_s);
-        row("no URL", u"/tmp/x"_s, {}, {});
-        row("another scheme", u"http://host/x"_s, {}, {});
-    }
+    void takesADestination_data() { addCases(QFINDTESTDATA("data/urls.txt"), {"written", "url", "destination"}); }
 
     void takesADestination()
     {
-        QFETCH(QString, written);
+        QFETCH(QByteArray, written);
         const Setup setup({"/s", "x"});
         Backend backend;
         QSignalSpy changed(&backend, &Backend::destinationChanged);
-        backend.setDestinationUrl(written);
-        backend.setDestinationUrl(written);
+        backend.setDestinationUrl(QString::fromUtf8(written));
+        backend.setDestinationUrl(QString::fromUtf8(written));
         QCOMPARE(changed.size(), 1);
-        QTEST(backend.destinationUrl(), "url");
-        QTEST(backend.destination(), "destination");
+        QTEST(backend.destinationUrl().toUtf8(), "url");
+        QTEST(backend.destination().toUtf8(), "destination");
     }
 
-    void followsUpOnACopy_data()
-    {
-        const auto row = table<bool, bool, bool, bool, Backend::ESTATUS>("dotnet", "wanted", "available", "aborted", "status");
-        row("CMake, not wanted", false, false, true, false, Backend::STATUS_COPY_DONE);
-        row("CMake, found", false, true, true, false, Backend::STATUS_CMAKE_RUNNING);
-        row("CMake, of an aborted copy too", false, true, true, true, Backend::STATUS_CMAKE_RUNNING);
-        row("CMake, found but broken", false, true, false, false, Backend::STATUS_CMAKE_RUN_FAILED);
-        row(".NET, not wanted", true, false, true, false, Backend::STATUS_COPY_DONE);
-        row(".NET, opened", true, true, true, false, Backend::STATUS_SOLUTION_OPENED);
-        row(".NET, no handler", true, true, false, false, Backend::STATUS_SOLUTION_OPEN_FAILED);
-    }
+    void followsUpOnACopy_data() { addCases(QFINDTESTDATA("data/followups.txt"), {"given", "status"}); }
 
     void followsUpOnACopy()
     {
-        QFETCH(bool, dotnet);
-        QFETCH(bool, wanted);
-        QFETCH(bool, available);
-        QFETCH(bool, aborted);
+        QFETCH(QByteArray, given);
+        const bool dotnet = given.contains(".NET"), wanted = given.contains("wanted"), available = given.contains("available"),
+                   aborted = given.contains("aborted");
         const Setup setup({"%1", "x", dotnet ? "--dotnet" : "third"}, aborted ? 2000 : 1);
         // A program on the search path that leaves its arguments, one a line, beside itself.
         const QString program = setup.home.filePath(u"path/cmake-gui"_s);
@@ -145,7 +127,7 @@ private slots:
         QVERIFY(done.wait());
         QVERIFY(QFileInfo(setup.documents + u"/x"_s).isDir());
         QCOMPARE(backend.copyProgress() < 1, aborted);
-        QTEST(backend.status(), "status");
+        QTEST(QByteArray(QMetaEnum::fromType<Backend::ESTATUS>().valueToKey(backend.status())), "status");
         if (backend.status() == Backend::STATUS_CMAKE_RUNNING) {
             const QByteArray build = setup.home.filePath(u"build"_s).toUtf8();
             QTRY_COMPARE(readFile(program + u".args"_s), "-S\n" + destination.toUtf8() + "\n-B\n" + build + '\n');
