@@ -20,13 +20,30 @@ std::string Utf8(QStringView text)
     return text.toUtf8().toStdString();
 }
 
+// The quotes that open or close a value in what follows a "<", up to the ">" that ends the tag.
+int CountQuotes(QStringView tag)
+{
+    int quotes = 0;
+    QChar open;
+    for (const QChar c : tag) {
+        if (open.isNull() && c == u'>')
+            break;
+        if (open.isNull() ? c == u'"' || c == u'\'' : c == open) {
+            open = open.isNull() ? c : QChar();
+            ++quotes;
+        }
+    }
+    return quotes;
+}
+
 // QXmlStreamReader compares the attributes of a tag with each other, which takes minutes for very
-// many. As no "<" stands within a tag, the quotes up to the next one bound their number.
+// many. No "<" stands within a tag.
 bool HasHugeTag(QStringView text)
 {
-    constexpr qsizetype most = 1000;
     for (const QStringView piece : text.tokenize(u'<')) {
-        if (piece.count(u'"') + piece.count(u'\'') > 2 * most)
+        const bool isText =
+            piece.startsWith(u"!--") || piece.startsWith(u"![CDATA[") || piece.startsWith(u'?');
+        if (!isText && CountQuotes(piece) > 2 * 1000)
             return true;
     }
     return false;
@@ -128,6 +145,7 @@ bool CXMLFile::Document::Parse()
     reader.setEntityExpansionLimit(int(std::min<qsizetype>(4096, limit)));
 
     CNode* open = nullptr;
+    bool hasType = false;
     while (!reader.atEnd()) {
         const auto token = reader.readNext();
         const qsizetype end = reader.characterOffset();
@@ -141,8 +159,8 @@ bool CXMLFile::Document::Parse()
             open = open->m_parent;
         } else if (token == QXmlStreamReader::Characters && open && !open->m_child) {
             open->value += Utf8(reader.text());
-        } else if (token == QXmlStreamReader::DTD && root) {
-            return false; // the reader takes one anywhere
+        } else if (token == QXmlStreamReader::DTD && (root || std::exchange(hasType, true))) {
+            return false; // the reader takes any number anywhere
         }
     }
     return !reader.hasError();
