@@ -26,13 +26,13 @@ std::filesystem::path toPath(const QString& path)
     return std::u8string(utf8.begin(), utf8.end());
 }
 
-// Whether removing `destination` would remove `folderPath`. Compares file identities on the way up
-// from the folder, so that neither links nor the spelling of a path hide it.
-bool holds(const QString& destination, const QString& folderPath)
+// Whether `path` is `holder` or lies in it. Compares file identities on the way up, so that neither
+// links nor the spelling of a path hide it.
+bool holds(const QString& holder, const QString& path)
 {
     std::error_code error;
-    const std::filesystem::path target = toPath(destination);
-    auto folder = std::filesystem::weakly_canonical(toPath(folderPath), error);
+    const std::filesystem::path target = toPath(holder);
+    auto folder = std::filesystem::weakly_canonical(toPath(path), error);
     while (!std::filesystem::equivalent(folder, target, error)) {
         if (folder == folder.parent_path())
             return false;
@@ -41,12 +41,14 @@ bool holds(const QString& destination, const QString& folderPath)
     return true;
 }
 
-// Whether removing `destination` would remove what is to be copied, in whichever mode.
+// Whether removing `destination` would remove something that is copied, in whichever mode.
 bool holdsSource(const QString& destination, const QString& source)
 {
     const auto folders = {u""_s, u"/../bin"_s, u"/../lib"_s, u"/../dotnet"_s};
-    return std::any_of(folders.begin(), folders.end(), [&](const QString& folder) {
-        return holds(destination, QDir::cleanPath(source + folder));
+    return std::any_of(folders.begin(), folders.end(), [&](const QString& name) {
+        const QString folder = QDir::cleanPath(source + name);
+        return holds(destination, folder) ||
+               (QFileInfo::exists(destination) && holds(folder, destination));
     });
 }
 

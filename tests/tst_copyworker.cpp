@@ -98,7 +98,7 @@ private slots:
         Sdk sdk;
         QVERIFY(QFile::link(sdk.root.filePath(u"sdk"_s), sdk.root.filePath(u"link"_s)));
         const Tree before = readTree(sdk.root.path());
-        for (const char* name : {"sdk/bin", "sdk/samples", "sdk/samples/../../sdk/", ".", "link", "link/../sdk", ""}) {
+        for (const char* name : {"sdk/bin", "sdk/samples/a", "sdk/samples", "sdk/samples/../../sdk/", ".", "link", "link/../sdk", ""}) {
             sdk.destination = *name ? sdk.root.filePath(QLatin1String(name)) : QString();
             QVERIFY2(run(sdk).isEmpty(), name);
             QCOMPARE(readTree(sdk.root.path()), before);
