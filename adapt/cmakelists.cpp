@@ -2,14 +2,18 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 bool FilterCMakeLists(QString file, QString sdkDir)
 {
     sdkDir = QDir::fromNativeSeparators(QDir::cleanPath(sdkDir) + u'/');
 
     QFile cmakeLists(file);
-    // Unbuffered, so that a failed write is seen at once.
-    if (!cmakeLists.open(QIODevice::ReadWrite | QIODevice::ExistingOnly | QIODevice::Unbuffered))
+    const QFileInfo info(cmakeLists);
+    // Opening a pipe could wait for ever, and a link could lead into the SDK. Unbuffered, so that a
+    // failed write is seen at once.
+    if (!info.isFile() || info.isSymLink() ||
+        !cmakeLists.open(QIODevice::ReadWrite | QIODevice::ExistingOnly | QIODevice::Unbuffered))
         return false;
     const QByteArray original = cmakeLists.readAll();
     QByteArray content = original;

@@ -7,5 +7,6 @@
 // by an active set() of that folder, in UTF-8 and with a closing "/". All other bytes stay.
 //
 // Rewrites in place; a file without that line keeps its content. Returns false, and touches
-// nothing, if the file does not exist or cannot be opened for reading and writing.
+// nothing, if it is not a regular file (none, a link, a pipe) or cannot be opened for reading and
+// writing.
 bool FilterCMakeLists(QString file, QString sdkDir);

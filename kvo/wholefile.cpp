@@ -18,7 +18,7 @@ std::optional<QByteArray> ReadWhole(const std::string& path)
 std::unique_ptr<QSaveFile> OpenReplacement(const std::string& path)
 {
     const QFileInfo info(QString::fromStdString(path));
-    if (path.empty() || (info.exists() && !info.isFile()))
+    if (path.empty() || info.isSymLink() || (info.exists() && !info.isFile()))
         return nullptr;
     auto file = std::make_unique<QSaveFile>(info.filePath());
     // commit() would not see that bytes still in a buffer could not be written.
