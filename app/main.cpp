@@ -12,9 +12,6 @@ using Qt::StringLiterals::operator""_s;
 
 int main(int argc, char* argv[])
 {
-    // No cache in the user's home: it would outlive the program, and saves no time.
-    qputenv("QML_DISABLE_DISK_CACHE", "1");
-
     QApplication application(argc, argv);
     QQuickStyle::setStyle(u"Basic"_s);
 
