@@ -15,7 +15,6 @@ ApplicationWindow {
     // The style's buttons neither press on Return nor on an assistive tool's action; and a key held down must not
     // press through one dialog after the other.
     component PushButton: Button {
-        opacity: enabled ? 1 : 0.5
         Accessible.onPressAction: if (enabled) clicked()
         Keys.onPressed: (event) => event.accepted = event.isAutoRepeat
         Keys.onReleased: (event) => event.accepted = event.isAutoRepeat

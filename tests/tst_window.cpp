@@ -169,7 +169,7 @@ private slots:
         QCOMPARE(states.first(), u"File:/d abortButton chooseButton runCMakeBox"_s);
         QCOMPARE(states.size(), 501);
         QCOMPARE(readTree(program.destination()).size(), 501);
-        QCOMPARE(program.object(u"progressBar"_s)->property("value").toDouble(), 1.0);
+        QCOMPARE(program.object(u"progressBar"_s)->property("percent").toInt(), 100);
         QVERIFY(!program.isOpen(u"copyDlg"_s) && program.isOpen(u"doneDlg"_s) && program.item(u"copyButton"_s)->isEnabled());
         QTRY_COMPARE(program.focused(), u"OK"_s);
         QTest::keyClick(program.window, Qt::Key_Space);
@@ -245,9 +245,12 @@ private slots:
         };
         program.backend().setCopyFile(u"/x"_s);
         const auto before = places();
+        const QObject* dialog = program.object(u"copyDlg"_s);
+        QVERIFY(dialog->property("x").toReal() == 8 && dialog->property("width").toReal() == program.area().width() - 16);
         for (const QString& name : {kLongPath, u"/two\nlines"_s, u"/מסמכים/العربية"_s, u"/文件/ไฟล์"_s, u"/A <h1>B"_s}) {
             program.backend().setCopyFile(name);
             QCOMPARE(places(), before);
+            QCOMPARE(program.text(u"fileLabel"_s), name);
             QVERIFY(program.area().contains(program.place(u"fileLabel"_s)));
         }
     }
