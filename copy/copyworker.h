@@ -10,8 +10,8 @@ struct CopyFileEntry;
 // own. The owner starts it, and deletes it after `finished`; the destructor does not wait.
 //
 // An existing destination is removed with all its contents. Only one that is empty, or that is,
-// holds or lies in a folder to copy from in either mode (links resolved), is left alone, and nothing
-// is copied.
+// holds or lies in a folder to copy from in either mode (links resolved), is left alone, and
+// nothing is copied.
 //
 // Failures are not reported: an entry that cannot be copied is passed over, and the run goes on.
 class CopyWorker : public QThread

@@ -8,8 +8,8 @@
 
 class QSaveFile;
 
-// Regular files by UTF-8 path; a folder, a pipe or a device is neither read nor replaced, and a link
-// is read only, as its target may lie anywhere.
+// Regular files by UTF-8 path; a folder, a pipe or a device is neither read nor replaced, and a
+// link is read only, as its target may lie anywhere.
 namespace kvo {
 
 // Nothing when the file cannot be read to its end.
