@@ -69,7 +69,7 @@ class IFileSystem
 {
 public:
     // Opens the file at the UTF-8 `path`; null on failure, for any other mode, and for what is
-    // not a regular file (a folder, a pipe, a device).
+    // not a regular file (a folder, a pipe, a device; for writing also a link).
     // OpenForReading: the file must exist; it is read into memory, and never written.
     // OpenForWriting: the file is created, or its contents replaced, as the returned file is
     // destroyed; when a write has failed it then stays as it was.

@@ -53,9 +53,10 @@ private slots:
     void opensRegularFilesOnly()
     {
         makePipe(path("pipe"));
+        QVERIFY(QFile::link(path("none"), path("link")));
         for (const QString& name : {QString(), m_dir.path(), path("none"), u"/dev/zero"_s, u"/proc/self/mem"_s, path("pipe")})
             QVERIFY2(!open(name, 0x12), qPrintable(name));
-        for (const QString& name : {QString(), m_dir.path(), path("none/x"), path("pipe")})
+        for (const QString& name : {QString(), m_dir.path(), path("none/x"), path("pipe"), path("link")})
             QVERIFY2(!open(name, 0x28), qPrintable(name));
     }
 
