@@ -20,6 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size)
     Q_ASSERT(path::ExpandRelativePath(base, absolute, '/') == absolute);
     // An absolute result is one that cannot be told relatively.
     Q_ASSERT(relative.starts_with('/') ||
-             path::IsChildOfDirectory(base, target) == (relative != "." && !(relative + '/').starts_with("../")));
+             path::IsChildOfDirectory(base, target) ==
+                 (relative != "." && !(relative + '/').starts_with("../")));
     return 0;
 }

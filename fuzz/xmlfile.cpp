@@ -1,4 +1,5 @@
-// An XML file: refused, or saved with the same bytes and, after an edit, loaded again with that edit and no other.
+// An XML file: refused, or saved with the same bytes and, after an edit, loaded again with that
+// edit and no other.
 #include "kvo/xmlfile.h"
 
 #include "tests/tree.h"
@@ -27,9 +28,11 @@ static std::vector<CNode*> elements(const kvo::CXMLFile& file)
 // Text around child elements is no value.
 static bool areSame(CNode* a, CNode* b)
 {
-    return a->name == b->name && !a->Child() == !b->Child() && !a->Next() == !b->Next() && (a->Child() || a->value == b->value) &&
+    return a->name == b->name && !a->Child() == !b->Child() && !a->Next() == !b->Next() &&
+           (a->Child() || a->value == b->value) &&
            std::ranges::all_of(names, [&](const char* name) {
-               return a->attributes.Exists(name) == b->attributes.Exists(name) && a->attributes[name] == b->attributes[name];
+               return a->attributes.Exists(name) == b->attributes.Exists(name) &&
+                      a->attributes[name] == b->attributes[name];
            });
 }
 

@@ -4,8 +4,8 @@
 
 #include <QTest>
 
-// Fills a test's table from a file of cases, which a blank line parts. A case is a line `== row name` and, for each
-// column, a line `-- column` and the text below it, without its last line end.
+// Fills a test's table from a file of cases, which a blank line parts. A case is a line `== row
+// name` and, for each column, a line `-- column` and the text below it, without its last line end.
 inline void addCases(const QString& path, const std::initializer_list<const char*>& columns)
 {
     for (const char* column : columns)

@@ -28,7 +28,8 @@ inline void writeFile(const QString& path, const QByteArray& content = {})
 {
     QDir().mkpath(path.section(u'/', 0, -2));
     QFile file(path);
-    if (!path.endsWith(u'/') && (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()))
+    if (!path.endsWith(u'/') &&
+        (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()))
         qFatal("cannot write %s", qPrintable(path));
 }
 
@@ -51,7 +52,8 @@ inline Tree readTree(const QString& root)
     for (QDirIterator entries(root, filters, QDirIterator::Subdirectories); entries.hasNext();) {
         const QFileInfo entry(entries.next());
         const QString path = QDir(root).relativeFilePath(entry.filePath());
-        tree.insert(entry.isDir() ? path + u'/' : path, entry.isDir() ? QByteArray() : readFile(entry.filePath()));
+        tree.insert(entry.isDir() ? path + u'/' : path,
+                    entry.isDir() ? QByteArray() : readFile(entry.filePath()));
     }
     return tree;
 }

@@ -23,7 +23,10 @@ class TestAdapt : public QObject
     };
 
 private slots:
-    void pointsCMakeListsAtTheSdk_data() { addCases(QFINDTESTDATA("data/cmakelists.txt"), {"sdk", "before", "after"}); }
+    void pointsCMakeListsAtTheSdk_data()
+    {
+        addCases(QFINDTESTDATA("data/cmakelists.txt"), {"sdk", "before", "after"});
+    }
 
     void pointsCMakeListsAtTheSdk()
     {
@@ -38,7 +41,10 @@ private slots:
         QCOMPARE(readFile(path), "\xff\r\n" + after);
     }
 
-    void splitsOutsideQuotes_data() { addCases(QFINDTESTDATA("data/tokens.txt"), {"text", "delimiters", "tokens"}); }
+    void splitsOutsideQuotes_data()
+    {
+        addCases(QFINDTESTDATA("data/tokens.txt"), {"text", "delimiters", "tokens"});
+    }
 
     void splitsOutsideQuotes()
     {
@@ -50,13 +56,17 @@ private slots:
         std::vector<char> bytes(text.cbegin(), text.cend() + 1);
         char* position = nullptr;
         QByteArray tokens;
-        for (char* token = strtok_quo(bytes.data(), delimiters, &position); token; token = strtok_quo(nullptr, delimiters, &position))
+        for (char* token = strtok_quo(bytes.data(), delimiters, &position); token;
+             token = strtok_quo(nullptr, delimiters, &position))
             tokens += QByteArray("[") + token + ']';
         QTEST(tokens, "tokens");
         QVERIFY(!strtok_quo(bytes.data(), delimiters, nullptr));
     }
 
-    void rewritesAProject_data() { addCases(QFINDTESTDATA("data/projects.txt"), {"copied", "before", "after"}); }
+    void rewritesAProject_data()
+    {
+        addCases(QFINDTESTDATA("data/projects.txt"), {"copied", "before", "after"});
+    }
 
     void rewritesAProject()
     {
@@ -65,12 +75,16 @@ private slots:
         QFETCH(QByteArray, after);
         const Sdk sdk;
         writeTree(sdk.root.path(), {{u"sdk/samples/P/P.csproj"_s, before}, {u"a côpy/P/"_s, {}}});
-        RewriteProject({sdk.samples.toStdString(), sdk.copy.toStdString(), "P/P.csproj"}, copied.contains("project"),
-                       copied.contains("wrapper"));
-        QCOMPARE(readFile(sdk.copy + u"/P/P.csproj"_s), after.replace("{root}", sdk.root.path().toUtf8()));
+        RewriteProject({sdk.samples.toStdString(), sdk.copy.toStdString(), "P/P.csproj"},
+                       copied.contains("project"), copied.contains("wrapper"));
+        QCOMPARE(readFile(sdk.copy + u"/P/P.csproj"_s),
+                 after.replace("{root}", sdk.root.path().toUtf8()));
     }
 
-    void readsAndCopiesASolution_data() { addCases(QFINDTESTDATA("data/solutions.txt"), {"solution", "copy", "names", "projects"}); }
+    void readsAndCopiesASolution_data()
+    {
+        addCases(QFINDTESTDATA("data/solutions.txt"), {"solution", "copy", "names", "projects"});
+    }
 
     void readsAndCopiesASolution()
     {
@@ -78,12 +92,15 @@ private slots:
         QFETCH(QByteArray, copy);
         QFETCH(QByteArray, projects);
         for (QByteArray* text : {&solution, &copy})
-            text->replace("␍", "\r").replace("␀", QByteArray(1, '\0')).replace("…", QByteArray(2040, '#'));
+            text->replace("␍", "\r")
+                .replace("␀", QByteArray(1, '\0'))
+                .replace("…", QByteArray(2040, '#'));
         const QByteArray before = "<P><ItemGroup><None Include='a\\b' /></ItemGroup></P>";
         const QByteArray after = "<P><ItemGroup><None Include='a/b' /></ItemGroup></P>";
         const Sdk sdk;
         writeFile(sdk.solution, solution);
-        for (const QString& project : {u"A/A.csproj"_s, u"B/É 2.csproj"_s, u"None/N.csproj"_s, u"../out/O.csproj"_s})
+        for (const QString& project :
+             {u"A/A.csproj"_s, u"B/É 2.csproj"_s, u"None/N.csproj"_s, u"../out/O.csproj"_s})
             writeFile(sdk.samples + u'/' + project, before);
         writeFile(sdk.samples + u"/Bad/Bad.csproj"_s, "<P");
         for (const QString& path : {u"/A/"_s, u"/B/"_s, u"/../out/"_s, u"/Bad/Bad.csproj"_s})
@@ -118,25 +135,32 @@ private slots:
         QVERIFY(names.isEmpty());
     }
 
-    void collectsTheRuntime_data() { addCases(QFINDTESTDATA("data/runtime.txt"), {"there", "collected"}); }
+    void collectsTheRuntime_data()
+    {
+        addCases(QFINDTESTDATA("data/runtime.txt"), {"there", "collected"});
+    }
 
     void collectsTheRuntime()
     {
         QFETCH(QByteArray, there);
         QFETCH(QByteArray, collected);
-        const QMap<QByteArray, ImportNames> platforms = {
-            {"macOS", macImportNames}, {"Linux", linuxImportNames}, {"Windows", windowsImportNames}};
+        const QMap<QByteArray, ImportNames> platforms = {{"macOS", macImportNames},
+                                                         {"Linux", linuxImportNames},
+                                                         {"Windows", windowsImportNames}};
         const QTemporaryDir sdk;
         for (const QByteArray& path : there.split('\n'))
             writeFile(sdk.filePath(QString::fromUtf8(path)));
 
         QList<CopyFileEntry> entries;
-        GetSdkImports(entries, sdk.filePath(u"samples"_s), u"/dst"_s, platforms[QTest::currentDataTag()]);
+        GetSdkImports(entries, sdk.filePath(u"samples"_s), u"/dst"_s,
+                      platforms[QTest::currentDataTag()]);
         Names found;
         for (const CopyFileEntry& entry : entries)
-            found += Names{entry.sourcePath, entry.destinationPath, entry.relativePath}.join(u" > "_s);
+            found +=
+                Names{entry.sourcePath, entry.destinationPath, entry.relativePath}.join(u" > "_s);
         // The files of one pattern come in no order.
-        QCOMPARE(found.removeIf([](const QString& entry) { return entry.contains(u"kvoui"_s); }), 2);
+        QCOMPARE(found.removeIf([](const QString& entry) { return entry.contains(u"kvoui"_s); }),
+                 2);
         QCOMPARE(found.join(u'\n').toUtf8(), collected.replace("{sdk}", sdk.path().toUtf8()));
     }
 };

@@ -20,7 +20,8 @@ char* argumentVector[8];
 struct Setup
 {
     QTemporaryDir home;
-    const QString samples = home.filePath(u"sdk/samples"_s), documents = home.filePath(u"Documents"_s);
+    const QString samples = home.filePath(u"sdk/samples"_s),
+                  documents = home.filePath(u"Documents"_s);
     Arguments arguments;
 
     explicit Setup(const Arguments& given, int files = 1)
@@ -50,7 +51,10 @@ private:
     QList<QUrl> m_opened;
 
 private slots:
-    void readsTheCommandLine_data() { addCases(QFINDTESTDATA("data/commandlines.txt"), {"arguments", "destination", "result"}); }
+    void readsTheCommandLine_data()
+    {
+        addCases(QFINDTESTDATA("data/commandlines.txt"), {"arguments", "destination", "result"});
+    }
 
     void readsTheCommandLine()
     {
@@ -58,8 +62,10 @@ private slots:
         QFETCH(QByteArray, destination);
         const Setup setup(arguments.split('\n'));
         const Backend backend;
-        QCOMPARE(backend.destination(), QDir::cleanPath(setup.documents + QString::fromUtf8(destination)));
-        QTEST((backend.valid() ? "valid" : "invalid") + QByteArray(backend.dotnet() ? " .NET" : ""), "result");
+        QCOMPARE(backend.destination(),
+                 QDir::cleanPath(setup.documents + QString::fromUtf8(destination)));
+        QTEST((backend.valid() ? "valid" : "invalid") + QByteArray(backend.dotnet() ? " .NET" : ""),
+              "result");
         QCOMPARE(backend.status(), Backend::STATUS_NOT_STARTED);
         QVERIFY(backend.runCMake() && backend.openSolution() && !backend.copyWrapper());
         QVERIFY(!backend.destinationExists());
@@ -73,7 +79,10 @@ private slots:
         QByteArrayList members;
         for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
             const QMetaProperty property = meta.property(i);
-            members += QByteArrayList{property.typeName(), property.name(), property.notifySignal().name()}.join(' ').trimmed();
+            members +=
+                QByteArrayList{property.typeName(), property.name(), property.notifySignal().name()}
+                    .join(' ')
+                    .trimmed();
         }
         for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
             members += meta.method(i).methodSignature();
@@ -82,7 +91,10 @@ private slots:
         QCOMPARE(members.join('\n') + '\n', readFile(QFINDTESTDATA("data/metaobject.txt")));
     }
 
-    void takesADestination_data() { addCases(QFINDTESTDATA("data/urls.txt"), {"written", "url", "destination"}); }
+    void takesADestination_data()
+    {
+        addCases(QFINDTESTDATA("data/urls.txt"), {"written", "url", "destination"});
+    }
 
     void takesADestination()
     {
@@ -97,24 +109,29 @@ private slots:
         QTEST(backend.destination().toUtf8(), "destination");
     }
 
-    void followsUpOnACopy_data() { addCases(QFINDTESTDATA("data/followups.txt"), {"given", "status"}); }
+    void followsUpOnACopy_data()
+    {
+        addCases(QFINDTESTDATA("data/followups.txt"), {"given", "status"});
+    }
 
     void followsUpOnACopy()
     {
         QFETCH(QByteArray, given);
-        const bool dotnet = given.contains(".NET"), wanted = given.contains("wanted"), available = given.contains("available"),
-                   aborted = given.contains("aborted");
+        const bool dotnet = given.contains(".NET"), wanted = given.contains("wanted"),
+                   available = given.contains("available"), aborted = given.contains("aborted");
         const Setup setup({"%1", "x", dotnet ? "--dotnet" : "third"}, aborted ? 2000 : 1);
         // A program on the search path that leaves its arguments, one a line, beside itself.
         const QString program = setup.home.filePath(u"path/cmake-gui"_s);
         const QByteArray shell = available ? "#!/bin/sh\n" : "#!/missing\n";
-        writeFile(program, shell + "printf '%s\\n' \"$@\" > \"$0.new\"\n/bin/mv \"$0.new\" \"$0.args\"\n");
+        writeFile(program,
+                  shell + "printf '%s\\n' \"$@\" > \"$0.new\"\n/bin/mv \"$0.new\" \"$0.args\"\n");
         QVERIFY(QFile::setPermissions(program, QFile::ReadOwner | QFile::ExeOwner));
         m_opened.clear();
         QDesktopServices::setUrlHandler(u"file"_s, available ? this : nullptr, "open");
         Backend backend;
         QSignalSpy done(&backend, &Backend::copyDone);
-        // The follow-up goes by the settings at the end of the copy, the copy by those at its start.
+        // The follow-up goes by the settings at the end of the copy, the copy by those at its
+        // start.
         const QString destination = setup.home.filePath(u"an other/.."_s);
         connect(&backend, &Backend::copyProgressChanged, &backend, [&] {
             backend.setDestination(destination);
@@ -127,13 +144,16 @@ private slots:
         QVERIFY(done.wait());
         QVERIFY(QFileInfo(setup.documents + u"/x"_s).isDir());
         QCOMPARE(backend.copyProgress() < 1, aborted);
-        QTEST(QByteArray(QMetaEnum::fromType<Backend::ESTATUS>().valueToKey(backend.status())), "status");
+        QTEST(QByteArray(QMetaEnum::fromType<Backend::ESTATUS>().valueToKey(backend.status())),
+              "status");
         if (backend.status() == Backend::STATUS_CMAKE_RUNNING) {
             const QByteArray build = setup.home.filePath(u"build"_s).toUtf8();
-            QTRY_COMPARE(readFile(program + u".args"_s), "-S\n" + destination.toUtf8() + "\n-B\n" + build + '\n');
+            QTRY_COMPARE(readFile(program + u".args"_s),
+                         "-S\n" + destination.toUtf8() + "\n-B\n" + build + '\n');
         }
         const QList<QUrl> solution = {QUrl::fromLocalFile(setup.home.filePath(u"dotnet.sln"_s))};
-        QCOMPARE(m_opened, backend.status() == Backend::STATUS_SOLUTION_OPENED ? solution : QList<QUrl>());
+        QCOMPARE(m_opened,
+                 backend.status() == Backend::STATUS_SOLUTION_OPENED ? solution : QList<QUrl>());
     }
 
     void reportsOneCopyAtATime()
@@ -143,9 +163,12 @@ private slots:
         backend.setRunCMake(false);
         backend.abort();
         QStringList log;
-        connect(&backend, &Backend::copyFileChanged, [&] { log += u"file "_s + backend.copyFile(); });
-        connect(&backend, &Backend::copyProgressChanged, [&] { log += QString::number(backend.copyProgress()); });
-        connect(&backend, &Backend::copyingChanged, [&] { log += backend.copying() ? u"copying"_s : u"idle"_s; });
+        connect(&backend, &Backend::copyFileChanged,
+                [&] { log += u"file "_s + backend.copyFile(); });
+        connect(&backend, &Backend::copyProgressChanged,
+                [&] { log += QString::number(backend.copyProgress()); });
+        connect(&backend, &Backend::copyingChanged,
+                [&] { log += backend.copying() ? u"copying"_s : u"idle"_s; });
         connect(&backend, &Backend::statusChanged, [&] { log += u"status"_s; });
         connect(&backend, &Backend::copyDone, [&] {
             log += u"done"_s;

@@ -12,14 +12,17 @@ class TestCopyWorker : public QObject
         const QTemporaryDir root;
         QString samples = root.filePath(u"sdk/samples"_s);
         QString destination = root.filePath(u"my côpy"_s);
-        const QByteArray cmakeLists = "set(ZUVYSDKDIR \"" + root.filePath(u"sdk/"_s).toUtf8() + "\")\n";
+        const QByteArray cmakeLists =
+            "set(ZUVYSDKDIR \"" + root.filePath(u"sdk/"_s).toUtf8() + "\")\n";
 
         Sdk()
         {
-            for (const char* name : {"samples/a/b/c.txt", "samples/Net/x.cs", "bin/other", "dotnet/w/doc/x.cs", "dotnet/doc/manual"})
+            for (const char* name : {"samples/a/b/c.txt", "samples/Net/x.cs", "bin/other",
+                                     "dotnet/w/doc/x.cs", "dotnet/doc/manual"})
                 writeFile(root.filePath(u"sdk/"_s + QLatin1String(name)), "text");
             writeFile(samples + u"/CMakeLists.txt"_s, "#set(ZUVYSDKDIR \"@PRJDUP_ZUVYSDKDIR@\")\n");
-            writeFile(samples + u"/dotnet.sln"_s, "Project(\"{t}\") = \"Net\", \"Net\\Net.csproj\", \"{1}\"");
+            writeFile(samples + u"/dotnet.sln"_s,
+                      "Project(\"{t}\") = \"Net\", \"Net\\Net.csproj\", \"{1}\"");
             writeFile(destination + u"/old/file"_s);
         }
     };
@@ -27,8 +30,10 @@ class TestCopyWorker : public QObject
     // The files that a run reports, each with the progress that follows it.
     using Report = QList<std::pair<QString, double>>;
 
-    // Runs a worker on this thread; with `abortAt`, aborts it at that report of a file (0: before it starts).
-    static Report run(const Sdk& sdk, bool dotnet = false, bool copyWrapper = false, int abortAt = -1)
+    // Runs a worker on this thread; with `abortAt`, aborts it at that report of a file (0: before
+    // it starts).
+    static Report run(const Sdk& sdk, bool dotnet = false, bool copyWrapper = false,
+                      int abortAt = -1)
     {
         struct Worker : CopyWorker
         {
@@ -39,16 +44,22 @@ class TestCopyWorker : public QObject
             if (report.size() == abortAt)
                 worker.abort();
         };
-        connect(&worker, &CopyWorker::fileChanged, [&](const QString& file) { report.append({file, 0}); });
+        connect(&worker, &CopyWorker::fileChanged, [&](const QString& file) {
+            report.append({file, 0});
+        });
         connect(&worker, &CopyWorker::fileChanged, abort);
-        connect(&worker, &CopyWorker::progressChanged, [&](double progress) { report.last().second += progress; });
+        connect(&worker, &CopyWorker::progressChanged,
+                [&](double progress) { report.last().second += progress; });
         abort();
         worker.run();
         return report;
     }
 
 private slots:
-    void copiesWhatTheModeAsksFor_data() { addCases(QFINDTESTDATA("data/modes.txt"), {"options", "first", "copied"}); }
+    void copiesWhatTheModeAsksFor_data()
+    {
+        addCases(QFINDTESTDATA("data/modes.txt"), {"options", "first", "copied"});
+    }
 
     void copiesWhatTheModeAsksFor()
     {
@@ -98,7 +109,8 @@ private slots:
         Sdk sdk;
         QVERIFY(QFile::link(sdk.root.filePath(u"sdk"_s), sdk.root.filePath(u"link"_s)));
         const Tree before = readTree(sdk.root.path());
-        for (const char* name : {"sdk/bin", "sdk/samples/a", "sdk/samples", "sdk/samples/../../sdk/", ".", "link", "link/../sdk", ""}) {
+        for (const char* name : {"sdk/bin", "sdk/samples/a", "sdk/samples",
+                                 "sdk/samples/../../sdk/", ".", "link", "link/../sdk", ""}) {
             sdk.destination = *name ? sdk.root.filePath(QLatin1String(name)) : QString();
             QVERIFY2(run(sdk).isEmpty(), name);
             QCOMPARE(readTree(sdk.root.path()), before);

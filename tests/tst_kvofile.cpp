@@ -11,10 +11,16 @@ class TestKvoFile : public QObject
 
     QString path(const char* name) const { return m_dir.filePath(QString::fromUtf8(name)); }
 
-    static std::unique_ptr<kvo::IFile> open(const QString& path, int mode) { return kvo::fileSystem()->Open(path.toStdString(), mode); }
+    static std::unique_ptr<kvo::IFile> open(const QString& path, int mode)
+    {
+        return kvo::fileSystem()->Open(path.toStdString(), mode);
+    }
 
 private slots:
-    void takesPathsApartAndJoinsThem_data() { addCases(QFINDTESTDATA("data/paths.txt"), {"call", "result"}); }
+    void takesPathsApartAndJoinsThem_data()
+    {
+        addCases(QFINDTESTDATA("data/paths.txt"), {"call", "result"});
+    }
 
     void takesPathsApartAndJoinsThem()
     {
@@ -54,9 +60,11 @@ private slots:
     {
         makePipe(path("pipe"));
         QVERIFY(QFile::link(path("none"), path("link")));
-        for (const QString& name : {QString(), m_dir.path(), path("none"), u"/dev/zero"_s, u"/proc/self/mem"_s, path("pipe")})
+        for (const QString& name : {QString(), m_dir.path(), path("none"), u"/dev/zero"_s,
+                                    u"/proc/self/mem"_s, path("pipe")})
             QVERIFY2(!open(name, 0x12), qPrintable(name));
-        for (const QString& name : {QString(), m_dir.path(), path("none/x"), path("pipe"), path("link")})
+        for (const QString& name :
+             {QString(), m_dir.path(), path("none/x"), path("pipe"), path("link")})
             QVERIFY2(!open(name, 0x28), qPrintable(name));
     }
 

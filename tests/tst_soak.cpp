@@ -15,7 +15,8 @@ class TestSoak : public QObject
     // Bytes on the heap, open files, threads.
     static std::array<qsizetype, 3> usage()
     {
-        return {qsizetype(mallinfo2().uordblks), QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::System).size(),
+        return {qsizetype(mallinfo2().uordblks),
+                QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::System).size(),
                 QDir(u"/proc/self/task"_s).entryList(QDir::Dirs).size()};
     }
 
@@ -26,7 +27,8 @@ private slots:
         const QTemporaryDir home;
         setHome(home.path());
         QByteArrayList arguments = {"prjdup", PRJDUP_SAMPLES, "Copy", "--dotnet"};
-        char* argv[] = {arguments[0].data(), arguments[1].data(), arguments[2].data(), arguments[3].data()};
+        char* argv[] = {arguments[0].data(), arguments[1].data(), arguments[2].data(),
+                        arguments[3].data()};
         int argc = 4;
         const QCoreApplication application(argc, argv);
         Backend dotnet;

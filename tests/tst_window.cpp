@@ -34,7 +34,8 @@ public:
         for (int i = 0; i < files; ++i)
             writeFile(root.filePath(u"sdk/samples/d/file %1"_s.arg(i)), "x");
         argumentCount = dotnet ? 4 : 3;
-        std::transform(m_arguments.begin(), m_arguments.end(), argumentVector + 1, [](QByteArray& text) { return text.data(); });
+        std::transform(m_arguments.begin(), m_arguments.end(), argumentVector + 1,
+                       [](QByteArray& text) { return text.data(); });
         engine.load(QUrl(u"qrc:/prjdup.qml"_s));
         window = qobject_cast<QQuickWindow*>(engine.rootObjects().value(0));
         window->requestActivate();
@@ -45,8 +46,14 @@ public:
     QString destination() const { return root.filePath(u"Documents/My Copy"_s); }
     QRectF area() const { return {QPointF(), window->size()}; }
     QObject* object(const QString& name) const { return window->findChild<QObject*>(name); }
-    void call(const QString& name, const char* method) const { QMetaObject::invokeMethod(object(name), method); }
-    bool isOpen(const QString& dialog) const { return object(dialog)->property("visible").toBool(); }
+    void call(const QString& name, const char* method) const
+    {
+        QMetaObject::invokeMethod(object(name), method);
+    }
+    bool isOpen(const QString& dialog) const
+    {
+        return object(dialog)->property("visible").toBool();
+    }
 
     // The visible item with this object name or, mnemonics aside, this text.
     QQuickItem* item(const QString& name) const
@@ -60,12 +67,16 @@ public:
         }
         return nullptr;
     }
-    QRectF place(const QString& name) const { return item(name)->mapRectToScene({QPointF(), item(name)->size()}); }
+    QRectF place(const QString& name) const
+    {
+        return item(name)->mapRectToScene({QPointF(), item(name)->size()});
+    }
     QString text(const QString& name) const { return item(name)->property("text").toString(); }
     QString focused() const
     {
         const QObject* focus = window->activeFocusItem();
-        return focus->objectName().isEmpty() ? focus->property("text").toString().remove(u'&') : focus->objectName();
+        return focus->objectName().isEmpty() ? focus->property("text").toString().remove(u'&')
+                                             : focus->objectName();
     }
     void drawFrame() const
     {
@@ -73,7 +84,10 @@ public:
         window->update();
         QVERIFY(frame.wait());
     }
-    void click(const QString& name) const { QTest::mouseClick(window, Qt::LeftButton, {}, place(name).center().toPoint()); }
+    void click(const QString& name) const
+    {
+        QTest::mouseClick(window, Qt::LeftButton, {}, place(name).center().toPoint());
+    }
 
 private:
     QByteArrayList m_arguments = {root.filePath(u"sdk/samples"_s).toUtf8(), "My Copy", "--dotnet"};
@@ -82,7 +96,8 @@ private:
 QFileDialog* fileDialog()
 {
     const QWidgetList widgets = QApplication::topLevelWidgets();
-    const auto shown = std::find_if(widgets.begin(), widgets.end(), [](auto* widget) { return widget->isVisible(); });
+    const auto shown = std::find_if(widgets.begin(), widgets.end(),
+                                    [](auto* widget) { return widget->isVisible(); });
     return shown == widgets.end() ? nullptr : qobject_cast<QFileDialog*>(*shown);
 }
 
@@ -100,17 +115,23 @@ private slots:
     void holdsItsResourcesUncompressed()
     {
         QStringList found;
-        for (const QFileInfo& file : QDir(u":/"_s).entryInfoList(QDir::Files) + QDir(u":/icon"_s).entryInfoList(QDir::Files)) {
+        for (const QFileInfo& file : QDir(u":/"_s).entryInfoList(QDir::Files) +
+                                         QDir(u":/icon"_s).entryInfoList(QDir::Files)) {
             const QImage icon(file.filePath());
-            QDebug(&found.emplaceBack()).nospace() << qPrintable(file.filePath()) << ' ' << icon.format() << ' ' << icon.width();
+            QDebug(&found.emplaceBack()).nospace()
+                << qPrintable(file.filePath()) << ' ' << icon.format() << ' ' << icon.width();
             QCOMPARE(QResource(file.filePath()).compressionAlgorithm(), QResource::NoCompression);
         }
         found.sort();
-        QCOMPARE(found.join(u'\n').toUtf8(), readFile(QFINDTESTDATA("data/resources.txt")).trimmed());
+        QCOMPARE(found.join(u'\n').toUtf8(),
+                 readFile(QFINDTESTDATA("data/resources.txt")).trimmed());
         QCOMPARE(QFileInfo(u":/qtquickcontrols2.conf"_s).size(), 212);
     }
 
-    void showsTheControlsOfItsMode_data() { addCases(QFINDTESTDATA("data/controls.txt"), {"modes", "text"}); }
+    void showsTheControlsOfItsMode_data()
+    {
+        addCases(QFINDTESTDATA("data/controls.txt"), {"modes", "text"});
+    }
 
     void showsTheControlsOfItsMode()
     {
@@ -118,8 +139,10 @@ private slots:
         QFETCH(QByteArray, text);
         for (const bool dotnet : {false, true}) {
             const Program program(dotnet);
-            QCOMPARE(program.item(QString::fromUtf8(text)) != nullptr, modes.contains(dotnet ? ".NET" : "CMake"));
-            if (const QObject* control = program.object(QString::fromLatin1(QTest::currentDataTag())))
+            QCOMPARE(program.item(QString::fromUtf8(text)) != nullptr,
+                     modes.contains(dotnet ? ".NET" : "CMake"));
+            if (const QObject* control =
+                    program.object(QString::fromLatin1(QTest::currentDataTag())))
                 QCOMPARE(control->property("text").toByteArray(), text);
         }
     }
@@ -138,12 +161,15 @@ private slots:
             QStringList order;
             do {
                 order += program.focused();
-                if (const QString property = order.last().section(u"Box"_s, 0, -2); !property.isEmpty())
+                if (const QString property = order.last().section(u"Box"_s, 0, -2);
+                    !property.isEmpty())
                     flip(program, property.toLatin1());
                 QTest::keyClick(program.window, Qt::Key_Tab);
             } while (program.focused() != order.first() && order.size() < 10);
-            QCOMPARE(order.join(u' '), u"copyButton "_s + (dotnet ? u"copyWrapperBox openSolutionBox"_s : u"runCMakeBox"_s) +
-                                           u" destinationField chooseButton closeButton"_s);
+            QCOMPARE(order.join(u' '),
+                     u"copyButton "_s +
+                         (dotnet ? u"copyWrapperBox openSolutionBox"_s : u"runCMakeBox"_s) +
+                         u" destinationField chooseButton closeButton"_s);
         }
     }
 
@@ -153,8 +179,10 @@ private slots:
         program.backend().setRunCMake(false);
         QStringList states;
         const auto noteState = [&] {
-            states += program.text(u"fileCaption"_s) + program.text(u"fileLabel"_s) + u' ' + program.focused();
-            for (const QString& name : {u"closeButton"_s, u"copyButton"_s, u"chooseButton"_s, u"runCMakeBox"_s})
+            states += program.text(u"fileCaption"_s) + program.text(u"fileLabel"_s) + u' ' +
+                      program.focused();
+            for (const QString& name :
+                 {u"closeButton"_s, u"copyButton"_s, u"chooseButton"_s, u"runCMakeBox"_s})
                 states.last() += program.item(name)->isEnabled() ? u' ' + name : QString();
         };
         QObject::connect(&program.backend(), &Backend::copyFileChanged, program.window, noteState);
@@ -170,7 +198,8 @@ private slots:
         QCOMPARE(states.size(), 501);
         QCOMPARE(readTree(program.destination()).size(), 501);
         QCOMPARE(program.object(u"progressBar"_s)->property("percent").toInt(), 100);
-        QVERIFY(!program.isOpen(u"copyDlg"_s) && program.isOpen(u"doneDlg"_s) && program.item(u"copyButton"_s)->isEnabled());
+        QVERIFY(!program.isOpen(u"copyDlg"_s) && program.isOpen(u"doneDlg"_s) &&
+                program.item(u"copyButton"_s)->isEnabled());
         QTRY_COMPARE(program.focused(), u"OK"_s);
         QTest::keyClick(program.window, Qt::Key_Space);
         QTRY_VERIFY(!program.window->isVisible());
@@ -194,7 +223,8 @@ private slots:
         program.click(u"copyButton"_s);
         QTest::keyClick(program.window, Qt::Key_Tab, Qt::ShiftModifier);
         QTest::keyClick(program.window, Qt::Key_Return);
-        QVERIFY(program.item(u"Starting..."_s) && program.item(u"Abort"_s) && program.item(u"Copy Progress"_s));
+        QVERIFY(program.item(u"Starting..."_s) && program.item(u"Abort"_s) &&
+                program.item(u"Copy Progress"_s));
         QTRY_VERIFY(program.backend().copyProgress() > 0);
         QCOMPARE(program.focused(), u"abortButton"_s);
         // Closing the dialog leaves the copy alone.
@@ -204,21 +234,26 @@ private slots:
         QCOMPARE(readTree(program.destination()).size(), 1001);
     }
 
-    void tellsTheOutcome_data() { addCases(QFINDTESTDATA("data/outcomes.txt"), {"status", "text"}); }
+    void tellsTheOutcome_data()
+    {
+        addCases(QFINDTESTDATA("data/outcomes.txt"), {"status", "text"});
+    }
 
     // In each mode, with a short and a long path and in a large font: nothing is cut off.
     void tellsTheOutcome()
     {
         QFETCH(QByteArray, status);
         QFETCH(QByteArray, text);
-        const QString warning = u"The folder %1 already exists. If you continue it will be removed, are you sure you want to continue."_s;
+        const QString warning =
+            u"The folder %1 already exists. If you continue it will be removed, are you sure you want to continue."_s;
         for (const bool dotnet : {false, true}) {
             for (const int size : {20, QFont().pointSize()}) {
                 QGuiApplication::setFont(QFont(QFont().family(), size));
                 const Program program(dotnet);
                 for (const QString& path : {u"/a <b>&amp; é"_s, kLongPath, kLongPath.repeated(4)}) {
                     program.backend().setDestination(path);
-                    program.backend().setStatus(Backend::ESTATUS(QMetaEnum::fromType<Backend::ESTATUS>().keyToValue(status)));
+                    program.backend().setStatus(Backend::ESTATUS(
+                        QMetaEnum::fromType<Backend::ESTATUS>().keyToValue(status)));
                     emit program.backend().copyDone();
                     QVERIFY(program.item(u"Copy Done"_s));
                     QCOMPARE(program.text(u"message"_s), QString::fromUtf8(text).arg(path));
@@ -240,14 +275,16 @@ private slots:
         program.backend().setCopying(true);
         const auto places = [&] {
             program.drawFrame();
-            return QList{program.area(), program.place(u"progressBar"_s), program.place(u"abortButton"_s),
-                         program.place(u"Copy Progress"_s)};
+            return QList{program.area(), program.place(u"progressBar"_s),
+                         program.place(u"abortButton"_s), program.place(u"Copy Progress"_s)};
         };
         program.backend().setCopyFile(u"/x"_s);
         const auto before = places();
         const QObject* dialog = program.object(u"copyDlg"_s);
-        QVERIFY(dialog->property("x").toReal() == 8 && dialog->property("width").toReal() == program.area().width() - 16);
-        for (const QString& name : {kLongPath, u"/two\nlines"_s, u"/מסמכים/العربية"_s, u"/文件/ไฟล์"_s, u"/A <h1>B"_s}) {
+        QVERIFY(dialog->property("x").toReal() == 8 &&
+                dialog->property("width").toReal() == program.area().width() - 16);
+        for (const QString& name :
+             {kLongPath, u"/two\nlines"_s, u"/מסמכים/العربية"_s, u"/文件/ไฟล์"_s, u"/A <h1>B"_s}) {
             program.backend().setCopyFile(name);
             QCOMPARE(places(), before);
             QCOMPARE(program.text(u"fileLabel"_s), name);
@@ -260,10 +297,12 @@ private slots:
         const Program program;
         for (const QString& path : {u"/A <h1>B"_s, kLongPath}) {
             program.backend().setDestination(path);
-            QTest::mouseMove(program.window, program.place(u"destinationField"_s).center().toPoint());
+            QTest::mouseMove(program.window,
+                             program.place(u"destinationField"_s).center().toPoint());
             QTRY_VERIFY(program.isOpen(u"destinationToolTip"_s) && program.item(u"toolTipText"_s));
             const QQuickItem* label = program.item(u"toolTipText"_s);
-            QVERIFY(label->property("text").toString() == path && !label->property("truncated").toBool());
+            QVERIFY(label->property("text").toString() == path &&
+                    !label->property("truncated").toBool());
             QTRY_VERIFY(program.area().contains(program.place(u"toolTipText"_s)));
             QTest::mouseMove(program.window, QPoint(1, 1));
             QTRY_VERIFY(!program.isOpen(u"destinationToolTip"_s));
@@ -311,22 +350,26 @@ private:
         const bool before = program.backend().property(property).toBool();
         for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Space}) {
             QTest::keyClick(program.window, key);
-            QCOMPARE(program.backend().property(property).toBool(), (key == Qt::Key_Space) == before);
+            QCOMPARE(program.backend().property(property).toBool(),
+                     (key == Qt::Key_Space) == before);
         }
         program.backend().setProperty(property, !before);
         QCOMPARE(program.window->activeFocusItem()->property("checked").toBool(), !before);
     }
 
-    // Whether the message of the open dialog shows whole, above the button with the focus, within the window.
+    // Whether the message of the open dialog shows whole, above the button with the focus, within
+    // the window.
     static bool messageFits(const Program& program, const QString& button)
     {
         if (!QTest::qWaitFor([&] { return program.focused() == button; }))
             return false;
         program.drawFrame();
         const QQuickItem* message = program.item(u"message"_s);
-        const QSizeF size(message->property("contentWidth").toDouble(), message->property("contentHeight").toDouble());
+        const QSizeF size(message->property("contentWidth").toDouble(),
+                          message->property("contentHeight").toDouble());
         const QRectF text(message->mapToScene({}), size);
-        return text.bottom() <= program.place(button).top() && program.area().contains(text | program.place(button));
+        return text.bottom() <= program.place(button).top() &&
+               program.area().contains(text | program.place(button));
     }
 };
 

@@ -38,8 +38,8 @@ class TestXmlFile : public QObject
         return tag + "/>";
     }
 
-    // `set`, `add` or `remove`, the way to an element or to its "@attribute" from the top element, and a text in which a
-    // control picture stands for the control character.
+    // `set`, `add` or `remove`, the way to an element or to its "@attribute" from the top element,
+    // and a text in which a control picture stands for the control character.
     static void edit(kvo::CXMLFile& file, const QString& line)
     {
         const QString action = line.section(u' ', 0, 0);
@@ -56,7 +56,8 @@ class TestXmlFile : public QObject
         if (action == u"add")
             node->InsertChild(new CNode(name.toStdString()), false);
         if (action != u"remove") {
-            (attribute ? node->attributes[attribute] : node->FindChild(name)->value) = text.toStdString();
+            (attribute ? node->attributes[attribute] : node->FindChild(name)->value) =
+                text.toStdString();
         } else if (attribute) {
             node->attributes.Remove(attribute);
         } else {
@@ -84,8 +85,9 @@ private slots:
         QFETCH(QByteArray, document);
         const QString text = QString::fromUtf8(document.replace("␍", "\r"));
         kvo::CXMLFile file;
-        for (const QByteArray& bytes : {document, encoded(QStringConverter::Utf8, text), encoded(QStringConverter::Utf16LE, text),
-                                        encoded(QStringConverter::Utf16BE, text)}) {
+        for (const QByteArray& bytes :
+             {document, encoded(QStringConverter::Utf8, text),
+              encoded(QStringConverter::Utf16LE, text), encoded(QStringConverter::Utf16BE, text)}) {
             for (qsizetype length = 0; length <= bytes.size(); ++length) {
                 const bool loaded = load(file, bytes.first(length));
                 QVERIFY(loaded || length < bytes.size());
@@ -99,7 +101,8 @@ private slots:
     {
         const QByteArray dtd = "<!DOCTYPE r [<!ENTITY e 'ü'><!ATTLIST a d CDATA 'v'>]>";
         kvo::CXMLFile file;
-        QVERIFY(load(file, dtd + "<r>t<a x='&lt;&e;\n&#10;'> 1&amp;<!--c--><![CDATA[<2]]>\r\n&e;</a>t<b/><a><c/></a>t</r>"));
+        QVERIFY(load(file, dtd + "<r>t<a x='&lt;&e;\n&#10;'> "
+                                 "1&amp;<!--c--><![CDATA[<2]]>\r\n&e;</a>t<b/><a><c/></a>t</r>"));
         CNode* const root = file.GetCurr();
         CNode* const first = root->Child();
         CNode* const last = first->FindNext("a");
@@ -107,11 +110,15 @@ private slots:
         QCOMPARE(first->value, " 1&<2\nü");
         QCOMPARE(first->attributes["x"], "<ü \n");
         QVERIFY(!first->attributes.Exists("X") && !first->attributes.Exists("d"));
-        QVERIFY(first->Next() == root->FindChild("b") && first->Next()->Next() == last && last->FindChild("c") == last->Child());
+        QVERIFY(first->Next() == root->FindChild("b") && first->Next()->Next() == last &&
+                last->FindChild("c") == last->Child());
         QVERIFY(!first->Child() && !first->FindChild("c") && !last->FindNext("a") && !last->Next());
     }
 
-    void writesEdits_data() { addCases(QFINDTESTDATA("data/xmledits.txt"), {"edits", "before", "after"}); }
+    void writesEdits_data()
+    {
+        addCases(QFINDTESTDATA("data/xmledits.txt"), {"edits", "before", "after"});
+    }
 
     void writesEdits()
     {
@@ -120,7 +127,8 @@ private slots:
         QFETCH(QByteArray, after);
         QCOMPARE(edited(before, edits), after);
         const auto other = [](QByteArray text) {
-            return encoded(QStringConverter::Utf16LE, QString::fromUtf8(text.replace("\n", "\r\n")));
+            return encoded(QStringConverter::Utf16LE,
+                           QString::fromUtf8(text.replace("\n", "\r\n")));
         };
         QCOMPARE(edited(other(before), edits), other(after));
     }
@@ -150,11 +158,14 @@ private slots:
     void refusesWhatIsNoDocument_data()
     {
         QTest::addColumn<QByteArray>("bytes");
-        const QByteArray entities = "<!DOCTYPE a [<!ENTITY e '" + QByteArray(4000, 'x') + "'><!ENTITY f '&e;&e;'>]>";
+        const QByteArray entities =
+            "<!DOCTYPE a [<!ENTITY e '" + QByteArray(4000, 'x') + "'><!ENTITY f '&e;&e;'>]>";
         QTest::newRow("bytes that are no UTF-8") << QByteArray("<a>\xe4</a>");
-        QTest::newRow("an unknown encoding") << QByteArray("<?xml version='1.0' encoding='none'?><a/>");
+        QTest::newRow("an unknown encoding")
+            << QByteArray("<?xml version='1.0' encoding='none'?><a/>");
         QTest::newRow("an entity that grows") << entities + "<a b='&f;'/>";
-        QTest::newRow("many references to a long entity") << entities + "<a>" + QByteArray("&e;").repeated(100'000) + "</a>";
+        QTest::newRow("many references to a long entity")
+            << entities + "<a>" + QByteArray("&e;").repeated(100'000) + "</a>";
         QTest::newRow("a document type within an element") << QByteArray("<a><!DOCTYPE a>x</a>");
         QTest::newRow("two document types") << QByteArray("<!DOCTYPE a><!DOCTYPE a><a/>");
         QTest::newRow("more than 1,000 attributes") << tag(1001);
@@ -174,7 +185,8 @@ private slots:
     void keepsTheOldFileWhenAWriteFails()
     {
         const int depth = 100'000;
-        const QByteArray content = QByteArray("<a>").repeated(depth) + QByteArray("</a>").repeated(depth);
+        const QByteArray content =
+            QByteArray("<a>").repeated(depth) + QByteArray("</a>").repeated(depth);
         kvo::CXMLFile file;
         QVERIFY(load(file, content) && saved(file) == content);
         file.GetCurr()->value += "x";
