@@ -1,19 +1,17 @@
 // Does one thing and prints the milliseconds that it took; scripts/bench compares them.
 
 #include "adapt/solution.h"
+#include "app/startup.h"
 #include "backend/backend.h"
 #include "copy/copyworker.h"
 #include "copy/walk.h"
 #include "kvo/xmlfile.h"
-#include "kvoui/kvoui.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QDomDocument>
 #include <QElapsedTimer>
-#include <QIcon>
 #include <QQmlApplicationEngine>
-#include <QQuickStyle>
 #include <QQuickWindow>
 #include <QTimer>
 
@@ -81,8 +79,8 @@ double copyAlone(const QString& source, const QString& target)
 // Prints also the event loop's longest turn and the time from the worker's end to the last report.
 double copyThroughWindow(const QString& target)
 {
-    QQmlApplicationEngine engine(QUrl(u"qrc:/prjdup.qml"_s));
-    auto* const backend = engine.rootObjects().first()->property("backend").value<Backend*>();
+    QQmlApplicationEngine engine;
+    Backend* const backend = loadWindow(engine);
     backend->setDestination(target);
     backend->setRunCMake(false);
     QCoreApplication::processEvents();
@@ -110,11 +108,7 @@ double showFirstFrame(const QByteArray& content)
 {
     QQmlApplicationEngine engine;
     if (content == "real") {
-        QIcon icon;
-        for (const int size : {16, 24, 32, 48, 64, 128, 256, 512})
-            icon.addFile(u":/icon/ZUVY_%1x%1.png"_s.arg(size), {size, size});
-        QGuiApplication::setWindowIcon(icon);
-        engine.load(QUrl(u"qrc:/prjdup.qml"_s));
+        loadWindow(engine);
     } else {
         const QByteArray window = "import QtQuick.Controls; ApplicationWindow { visible: true; ";
         engine.loadData(window + content + '}');
@@ -164,10 +158,7 @@ void adaptSolution(const std::string& folder)
 int main(int argc, char* argv[])
 {
     QApplication application(--argc, ++argv);
-    QQuickStyle::setStyle(u"Basic"_s);
-    kvouiInitPlugin();
-    qmlRegisterType<Backend>("com.zuvy", 1, 0, "Backend");
-
+    const QIcon icon = prepareApplication();
     const QString first = QString::fromLocal8Bit(argv[1]), second = QString::fromLocal8Bit(argv[2]);
     const auto repeat = [&](const auto& work) {
         return milliseconds([&] {

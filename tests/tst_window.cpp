@@ -1,5 +1,5 @@
+#include "app/startup.h"
 #include "backend/backend.h"
-#include "kvoui/kvoui.h"
 
 #include "tests/table.h"
 
@@ -8,7 +8,6 @@
 #include <QMetaEnum>
 #include <QQmlApplicationEngine>
 #include <QQuickItem>
-#include <QQuickStyle>
 #include <QQuickWindow>
 #include <QRegularExpression>
 #include <QResource>
@@ -36,7 +35,7 @@ public:
         argumentCount = dotnet ? 4 : 3;
         std::transform(m_arguments.begin(), m_arguments.end(), argumentVector + 1,
                        [](QByteArray& text) { return text.data(); });
-        engine.load(QUrl(u"qrc:/prjdup.qml"_s));
+        loadWindow(engine);
         window = qobject_cast<QQuickWindow*>(engine.rootObjects().value(0));
         window->requestActivate();
         static_cast<void>(QTest::qWaitForWindowActive(window));
@@ -380,9 +379,7 @@ int main(int argc, char* argv[])
     // The platform's own chooser cannot be driven from here.
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication::setQuitOnLastWindowClosed(false);
-    QQuickStyle::setStyle(u"Basic"_s);
-    kvouiInitPlugin();
-    qmlRegisterType<Backend>("com.zuvy", 1, 0, "Backend");
+    const QIcon icon = prepareApplication();
     TestWindow test;
     return QTest::qExec(&test, argc, argv);
 }
