@@ -10,7 +10,8 @@ using CNode = kvo::CXMLFile::CNode;
 
 namespace {
 
-struct Rewrite
+// One project on its way from the SDK (src) into the copy (dst).
+struct ProjectCopy
 {
     std::string srcProjectDir;
     std::string dstProjectDir;
@@ -18,17 +19,18 @@ struct Rewrite
     std::string destination;
     bool localProjectFiles;
     bool copyWrapper;
-    // Removed only after the walk, so that the walk never stands on a removed node.
+    // Removed only after the walk, which would otherwise step onto a removed node.
     std::vector<CNode*> removals;
 };
 
-void removeFrom(CNode* node, const char* name, Rewrite& rewrite)
+// Marks `node` and its later siblings called `name` for removal.
+void removeLater(CNode* node, const char* name, ProjectCopy& project)
 {
     for (; node; node = node->FindNext(name))
-        rewrite.removals.push_back(node);
+        project.removals.push_back(node);
 }
 
-void rewriteOutputPath(CNode& group, Rewrite& rewrite)
+void rewriteOutputPath(CNode& group, ProjectCopy& project)
 {
     std::string suffix;
     if (group.attributes.Exists("Condition")) {
@@ -39,57 +41,58 @@ void rewriteOutputPath(CNode& group, Rewrite& rewrite)
             suffix = "\\Debug";
     }
     const char* const intermediate = "BaseIntermediateOutputPath";
-    removeFrom(group.FindChild(intermediate), intermediate, rewrite);
+    removeLater(group.FindChild(intermediate), intermediate, project);
     if (CNode* output = group.FindChild("OutputPath")) {
         output->value = "..\\bin" + suffix;
         output->attributes.Remove("Condition");
-        removeFrom(output->FindNext("OutputPath"), "OutputPath", rewrite);
+        removeLater(output->FindNext("OutputPath"), "OutputPath", project);
     }
 }
 
-// Where a source file lies for the copied project, and the name it is shown under.
+// A source file as the copied project refers to it.
 struct Reference
 {
-    std::string absolute;
-    std::string relative;
-    std::string link;
+    std::string abs;
+    std::string rel;
+    std::string link; // the name the project shows
 };
 
-Reference place(const std::string& include, const Rewrite& rewrite)
+Reference resolve(const std::string& include, const ProjectCopy& project)
 {
     Reference file;
-    file.absolute = kvo::path::ExpandRelativePath(rewrite.srcProjectDir, include, '/');
+    file.abs = kvo::path::ExpandRelativePath(project.srcProjectDir, include, '/');
     const auto moveToCopy = [&] {
-        file.absolute = kvo::path::ExpandRelativePath(rewrite.dstProjectDir, file.relative, '/');
+        file.abs = kvo::path::ExpandRelativePath(project.dstProjectDir, file.rel, '/');
     };
-    if (kvo::path::IsChildOfDirectory(rewrite.srcProjectDir, file.absolute)) {
-        file.relative = kvo::path::RelativePath(rewrite.srcProjectDir, file.absolute, '/');
-        file.link = file.relative;
-        if (rewrite.localProjectFiles)
+    if (kvo::path::IsChildOfDirectory(project.srcProjectDir, file.abs)) {
+        file.rel = kvo::path::RelativePath(project.srcProjectDir, file.abs, '/');
+        file.link = file.rel;
+        if (project.localProjectFiles)
             moveToCopy();
-    } else if (rewrite.copyWrapper) {
-        // Against the solution, yet read from the project's folder: the copied wrapper lies one
-        // level nearer to the projects than the SDK's own.
-        file.relative = kvo::path::RelativePath(rewrite.solutionDir, file.absolute, '/');
+    } else if (project.copyWrapper) {
+        // Relative to the solution, yet read from the project's folder: the copied wrapper is one
+        // level closer to the projects than the SDK's own.
+        file.rel = kvo::path::RelativePath(project.solutionDir, file.abs, '/');
         moveToCopy();
-        file.link = kvo::path::GetFilename(file.absolute);
+        file.link = kvo::path::GetFilename(file.abs);
     } else {
-        file.relative = kvo::path::GetFilename(file.absolute);
-        file.link = file.relative;
+        file.rel = kvo::path::GetFilename(file.abs);
+        file.link = file.rel;
     }
     return file;
 }
 
-void rewriteItem(CNode& item, Rewrite& rewrite)
+void rewriteItem(CNode& item, ProjectCopy& project)
 {
-    const Reference file = place(item.attributes["Include"], rewrite);
+    std::string& include = item.attributes["Include"];
+    const Reference file = resolve(include, project);
     CNode* link = item.FindChild("Link");
-    const bool inDestination = kvo::path::IsChildOfDirectory(rewrite.destination, file.absolute);
-    const bool inProject = kvo::path::IsChildOfDirectory(rewrite.dstProjectDir, file.absolute);
-    item.attributes["Include"] = inProject || inDestination ? file.relative : file.absolute;
+    const bool inDestination = kvo::path::IsChildOfDirectory(project.destination, file.abs);
+    const bool inProject = kvo::path::IsChildOfDirectory(project.dstProjectDir, file.abs);
+    include = inProject || inDestination ? file.rel : file.abs;
     if (inProject) {
         if (link)
-            rewrite.removals.push_back(link);
+            project.removals.push_back(link);
         return;
     }
     if (!link) {
@@ -99,56 +102,59 @@ void rewriteItem(CNode& item, Rewrite& rewrite)
     link->value = file.link;
 }
 
-void rewriteItems(CNode& group, Rewrite& rewrite)
+void rewriteItems(CNode& group, ProjectCopy& project)
 {
     for (CNode* item = group.Child(); item; item = item->Next()) {
         if ((item->name == "Compile" || item->name == "None") && item->attributes.Exists("Include"))
-            rewriteItem(*item, rewrite);
+            rewriteItem(*item, project);
     }
 }
 
-void rewriteCopySteps(CNode& target, const Rewrite& rewrite)
+void rewriteCopySteps(CNode& target, const ProjectCopy& project)
 {
     for (CNode* step = target.Child(); step; step = step->Next()) {
         if (step->name != "Copy" || !step->attributes.Exists("SourceFiles"))
             continue;
         std::string& files = step->attributes["SourceFiles"];
-        files = kvo::path::ExpandRelativePath(rewrite.srcProjectDir, files, '/');
-        if (rewrite.copyWrapper)
-            files = kvo::path::RelativePath(rewrite.solutionDir, files, '/');
+        files = kvo::path::ExpandRelativePath(project.srcProjectDir, files, '/');
+        if (project.copyWrapper)
+            files = kvo::path::RelativePath(project.solutionDir, files, '/');
     }
+}
+
+void rewriteElements(const CNode& root, ProjectCopy& project)
+{
+    for (CNode* group = root.FindChild("PropertyGroup"); group;
+         group = group->FindNext("PropertyGroup"))
+        rewriteOutputPath(*group, project);
+    for (CNode* group = root.FindChild("ItemGroup"); group; group = group->FindNext("ItemGroup"))
+        rewriteItems(*group, project);
+    if (CNode* target = root.FindChild("Target"))
+        rewriteCopySteps(*target, project);
 }
 
 } // namespace
 
 void RewriteProject(const ProjectLocation& location, bool localProjectFiles, bool copyWrapper)
 {
-    const std::string source = kvo::path::MakePath(location.solutionDir, location.path, '/');
-    const std::string target = kvo::path::MakePath(location.destination, location.path, '/');
-    kvo::CXMLFile project;
-    if (!project.Load(source))
+    const auto srcProjectFile = kvo::path::MakePath(location.solutionDir, location.path, '/');
+    const auto dstProjectFile = kvo::path::MakePath(location.destination, location.path, '/');
+    kvo::CXMLFile document;
+    if (!document.Load(srcProjectFile))
         return;
 
-    Rewrite rewrite{.srcProjectDir = kvo::path::GetDirectory(source),
-                    .dstProjectDir = kvo::path::GetDirectory(target),
-                    .solutionDir = location.solutionDir,
-                    .destination = location.destination,
-                    .localProjectFiles = localProjectFiles,
-                    .copyWrapper = copyWrapper,
-                    .removals = {}};
-    CNode* const root = project.GetCurr();
-    for (CNode* group = root->FindChild("PropertyGroup"); group;
-         group = group->FindNext("PropertyGroup"))
-        rewriteOutputPath(*group, rewrite);
-    for (CNode* group = root->FindChild("ItemGroup"); group; group = group->FindNext("ItemGroup"))
-        rewriteItems(*group, rewrite);
-    if (CNode* copySteps = root->FindChild("Target"))
-        rewriteCopySteps(*copySteps, rewrite);
-
-    for (CNode* node : rewrite.removals) {
-        project.SetCurr(node);
-        project.Remove();
-        project.Root();
+    ProjectCopy project{.srcProjectDir = kvo::path::GetDirectory(srcProjectFile),
+                        .dstProjectDir = kvo::path::GetDirectory(dstProjectFile),
+                        .solutionDir = location.solutionDir,
+                        .destination = location.destination,
+                        .localProjectFiles = localProjectFiles,
+                        .copyWrapper = copyWrapper,
+                        .removals = {}};
+    rewriteElements(*document.GetCurr(), project);
+    for (CNode* node : project.removals) {
+        document.SetCurr(node);
+        document.Remove();
+        document.Root();
     }
-    static_cast<void>(project.Save(target));
+    static_cast<void>(document.Save(dstProjectFile));
 }
