@@ -4,6 +4,7 @@
 #include "kvo/text.h"
 #include "kvo/xmlfile.h"
 
+#include <string_view>
 #include <vector>
 
 using CNode = kvo::CXMLFile::CNode;
@@ -49,6 +50,12 @@ void rewriteOutputPath(CNode& group, ProjectCopy& project)
     }
 }
 
+// Whether `value` holds a property, an item list or metadata, which only a build can resolve.
+bool isExpression(std::string_view value)
+{
+    return kvo::Contains(value, "$(") || kvo::Contains(value, "@(") || kvo::Contains(value, "%(");
+}
+
 // A source file as the copied project refers to it.
 struct Reference
 {
@@ -85,6 +92,8 @@ Reference resolve(const std::string& include, const ProjectCopy& project)
 void rewriteItem(CNode& item, ProjectCopy& project)
 {
     std::string& include = item.attributes["Include"];
+    if (isExpression(include))
+        return;
     const Reference file = resolve(include, project);
     CNode* link = item.FindChild("Link");
     const bool inDestination = kvo::path::IsChildOfDirectory(project.destination, file.abs);
@@ -116,6 +125,8 @@ void rewriteCopySteps(CNode& target, const ProjectCopy& project)
         if (step->name != "Copy" || !step->attributes.Exists("SourceFiles"))
             continue;
         std::string& files = step->attributes["SourceFiles"];
+        if (isExpression(files))
+            continue;
         files = kvo::path::ExpandRelativePath(project.srcProjectDir, files, '/');
         if (project.copyWrapper)
             files = kvo::path::RelativePath(project.solutionDir, files, '/');

@@ -65,15 +65,22 @@ private slots:
 
     void rewritesAProject_data()
     {
-        addCases(QFINDTESTDATA("data/projects.txt"), {"copied", "before", "after"});
+        addCases(QFINDTESTDATA("data/tst_adapt-projects.txt"), {"copied", "project"});
     }
 
     void rewritesAProject()
     {
         QFETCH(QByteArray, copied);
-        QFETCH(QByteArray, before);
-        QFETCH(QByteArray, after);
+        QFETCH(QByteArray, project);
         const Sdk sdk;
+        QByteArray before;
+        QByteArray after;
+        for (const QByteArray& line : project.split('\n')) {
+            if (!line.startsWith('+'))
+                before += line.sliced(1) + '\n';
+            if (!line.startsWith('-'))
+                after += line.sliced(1) + '\n';
+        }
         writeTree(sdk.root.path(), {{u"sdk/samples/P/P.csproj"_s, before}, {u"a côpy/P/"_s, {}}});
         RewriteProject({sdk.samples.toStdString(), sdk.copy.toStdString(), "P/P.csproj"},
                        copied.contains("project"), copied.contains("wrapper"));
