@@ -161,6 +161,10 @@ void Backend::start()
     connect(m_worker, &CopyWorker::fileChanged, this, &Backend::setCopyFile);
     connect(m_worker, &CopyWorker::finished, this, &Backend::finishedCopyWorker);
     m_worker->start();
+    // Without a thread nothing emits `finished`. Asked in this order, as the thread may end
+    // meanwhile.
+    if (!m_worker->isRunning() && !m_worker->isFinished())
+        QMetaObject::invokeMethod(this, &Backend::finishedCopyWorker, Qt::QueuedConnection);
 }
 
 // However the copy ended: an aborted or failed one is followed up like a complete one.

@@ -156,6 +156,28 @@ private slots:
                  backend.status() == Backend::STATUS_SOLUTION_OPENED ? solution : QList<QUrl>());
     }
 
+#ifdef __linux__
+    // As no stack of that size can be had.
+    void endsACopyThatGetsNoThread()
+    {
+        const Setup setup({"%1", "x"});
+        Backend backend;
+        backend.setRunCMake(false);
+        QSignalSpy done(&backend, &Backend::copyDone);
+        pthread_attr_t normal, huge;
+        pthread_getattr_default_np(&normal);
+        pthread_getattr_default_np(&huge);
+        pthread_attr_setstacksize(&huge, SIZE_MAX / 2);
+        pthread_setattr_default_np(&huge);
+        backend.start();
+        pthread_setattr_default_np(&normal);
+        QVERIFY(backend.copying() && done.wait());
+        QVERIFY(!backend.copying() && !backend.destinationExists());
+        backend.start();
+        QVERIFY(done.wait() && backend.destinationExists());
+    }
+#endif
+
     void reportsOneCopyAtATime()
     {
         const Setup setup({"%1", "x"});
