@@ -19,7 +19,7 @@ def wait(condition, what, seconds=60):
         if value := condition():
             return value
         time.sleep(0.05)
-    raise TimeoutError(f"no {what} within {seconds} seconds")
+    raise TimeoutError(f"no {what} within {seconds} seconds, only:{tree(Atspi.get_desktop(0))}")
 
 
 def children(node):
@@ -35,6 +35,18 @@ def walk(node):
 
 def has(node, state):
     return node.get_state_set().contains(state)
+
+
+def has_role(node, role):
+    """Compares numbers: the name of "push button" became "button" with AT-SPI 2.54."""
+    return node.get_role() == getattr(Atspi.Role, role.upper().replace(" ", "_"))
+
+
+def tree(node, start="\n"):
+    """A line for each control; "-" stands before those on show."""
+    mark = "- " if has(node, Atspi.StateType.SHOWING) else "  "
+    below = (tree(child, start + "  ") for child in children(node))
+    return f"{start}{mark}{node.get_role_name()} {node.get_name()!r}{''.join(below)}"
 
 
 class Program:
@@ -60,7 +72,7 @@ class Program:
     def find(self, role, name=None):
         """The control on show of this role and name, or None."""
         for node in walk(self.application):
-            if node.get_role_name() == role and name in (None, node.get_name()):
+            if has_role(node, role) and name in (None, node.get_name()):
                 if has(node, Atspi.StateType.SHOWING):
                     return node
         return None
@@ -104,7 +116,7 @@ class Program:
     def message(self):
         """The done message, as soon as it is there."""
         dialog = self.wait("dialog", "Copy Done")
-        texts = [node.get_name() for node in walk(dialog) if node.get_role_name() == "label"]
+        texts = [node.get_name() for node in walk(dialog) if has_role(node, "label")]
         return max(texts, key=len)
 
     def status(self):

@@ -12,7 +12,7 @@ import tempfile
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "scripts"))
-from desktop import Atspi, Program, build_cmake, build_dotnet, has, run, wait, walk
+from desktop import Atspi, Program, build_cmake, build_dotnet, has, has_role, run, wait, walk
 
 CMAKE_BOXES = ["Run CMake-GUI after copying to generate buildable projects."]
 DOTNET_BOXES = ["Copy .NET wrapper so it can also be modified.", "Open the solution after copying."]
@@ -105,9 +105,9 @@ class EndToEnd(unittest.TestCase):
         for options, boxes in {(): CMAKE_BOXES, ("--dotnet",): DOTNET_BOXES}.items():
             window = self.open(*options)
             shown = [node for node in walk(window.application) if has(node, Atspi.StateType.SHOWING)]
-            controls = sorted((node.get_role_name(), node.get_name()) for node in shown)
             for role, names in {"push button": buttons, "check box": boxes, "text": ["Destination Folder:"]}.items():
-                self.assertEqual([name for found, name in controls if found == role], names)
+                found = sorted(node.get_name() for node in shown if has_role(node, role))
+                self.assertEqual(found, names)
             self.assertEqual(Atspi.Text.get_text(window.find("text"), 0, -1), str(self.destination))
             for box, action in itertools.product(boxes, ("Toggle", "Press")):
                 before = has(window.find("check box", box), Atspi.StateType.CHECKED)
