@@ -6,7 +6,7 @@
 //     #set(ZUVYSDKDIR "@PRJDUP_ZUVYSDKDIR@")
 // by an active set() of that folder, in UTF-8 and with a closing "/". All other bytes stay.
 //
-// Rewrites in place; a file without that line keeps its content. Returns false, and touches
-// nothing, if it is not a regular file (none, a link, a pipe) or cannot be opened for reading and
-// writing.
+// Rewrites in place, and puts the old content back if that fails; does not touch a file that cannot
+// be read to its end. Returns false only if the file cannot be opened for reading and writing, as
+// when it does not exist, is a link, or is no regular file.
 bool FilterCMakeLists(QString file, QString sdkDir);

@@ -4,9 +4,9 @@
 #include "adapt/strtok_quo.h"
 #include "kvo/file.h"
 #include "kvo/path.h"
+#include "kvo/wholefile.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 #include <cstring>
 #include <memory>
@@ -66,9 +66,7 @@ bool leadsOutOf(const std::string& folder, const std::string& path)
 void GetDotnetDirs(QList<QString>& names, QString source)
 {
     QFile solution(source + u"/dotnet.sln"_s);
-    // Opening a pipe could wait for ever.
-    if (!QFileInfo(solution).isFile() ||
-        !solution.open(QIODevice::ReadOnly | QIODevice::ExistingOnly))
+    if (!kvo::OpenRegular(solution, QIODevice::ReadOnly | QIODevice::ExistingOnly))
         return;
     char line[kLineSize];
     while (solution.readLine(line, kLineSize) > 0) {

@@ -6,10 +6,16 @@
 
 namespace kvo {
 
+bool OpenRegular(QFile& file, QIODevice::OpenMode mode)
+{
+    const QFileInfo info(file);
+    return info.isFile() && !(info.isSymLink() && (mode & QIODevice::WriteOnly)) && file.open(mode);
+}
+
 std::optional<QByteArray> ReadWhole(const std::string& path)
 {
     QFile file(QString::fromStdString(path));
-    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly))
+    if (!OpenRegular(file, QIODevice::ReadOnly))
         return std::nullopt;
     QByteArray bytes = file.readAll();
     return file.error() == QFile::NoError ? std::optional(bytes) : std::nullopt;

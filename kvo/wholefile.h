@@ -1,22 +1,28 @@
 #pragma once
 
 #include <QByteArray>
+#include <QIODevice>
 
 #include <memory>
 #include <optional>
 #include <string>
 
+class QFile;
 class QSaveFile;
 
-// Regular files by UTF-8 path; a folder, a pipe or a device is neither read nor replaced, and a
-// link is read only, as its target may lie anywhere.
+// Access to regular files only: opening a pipe or a device could block for ever. A symbolic link is
+// read through but never written through, as its target may lie anywhere.
 namespace kvo {
 
-// Nothing when the file cannot be read to its end.
+// Opens `file`. False if it is not a regular file or cannot be opened in this mode.
+bool OpenRegular(QFile& file, QIODevice::OpenMode mode);
+
+// The content of the file at the UTF-8 `path`; nothing if it cannot be read to its end.
 std::optional<QByteArray> ReadWhole(const std::string& path);
 
-// A file, open for writing, whose commit() puts it in the place of the one at the path, or leaves
-// that as it was when not everything could be written. Null when it cannot be made.
+// A new file, open for writing. Its commit() puts it in place of the one at the UTF-8 `path`, or
+// leaves that as it was if a write failed. A write that is only short must be canceled by the
+// caller. Null if it cannot be created.
 std::unique_ptr<QSaveFile> OpenReplacement(const std::string& path);
 
 } // namespace kvo

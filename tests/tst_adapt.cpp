@@ -9,6 +9,33 @@
 
 #include <vector>
 
+#ifdef Q_OS_LINUX
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+
+#include <cerrno>
+#include <thread>
+
+// Does what `work` does in a thread that gets the error from each such system call, which does
+// nothing; 0 is success.
+template <typename Function>
+void withoutCall(unsigned call, unsigned error, Function work)
+{
+    std::thread([&] {
+        sock_filter steps[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                               BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 1),
+                               BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | error),
+                               BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+        const sock_fprog filter{std::size(steps), steps};
+        if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) || prctl(PR_SET_SECCOMP, 2, &filter))
+            qFatal("no system call can be filtered");
+        work();
+    }).join();
+}
+#endif
+
 class TestAdapt : public QObject
 {
     Q_OBJECT
@@ -39,7 +66,35 @@ private slots:
         writeFile(path, "\xff\r\n" + before);
         QVERIFY(FilterCMakeLists(path, QString::fromUtf8(sdk)));
         QCOMPARE(readFile(path), "\xff\r\n" + after);
+        const QString link = folder.filePath(u"link"_s);
+        QVERIFY(QFile::link(path, link) && !FilterCMakeLists(link, QString::fromUtf8(sdk)));
     }
+
+#ifdef Q_OS_LINUX
+    void keepsCMakeListsWhenACallFails_data()
+    {
+        QTest::addColumn<int>("call");
+        QTest::addColumn<int>("error");
+        QTest::addColumn<QString>("sdk");
+        QTest::newRow("reading") << __NR_read << EIO << u"/s"_s;
+        QTest::newRow("seeking") << __NR_lseek << EIO << u"/s"_s;
+        QTest::newRow("shrinking has no effect") << __NR_ftruncate << 0 << u"/s"_s;
+        QTest::newRow("writing to a file that grew") << __NR_write << ENOSPC << QString(99, u's');
+    }
+
+    void keepsCMakeListsWhenACallFails()
+    {
+        QFETCH(int, call);
+        QFETCH(int, error);
+        QFETCH(QString, sdk);
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"file"_s);
+        const QByteArray content = "#set(ZUVYSDKDIR \"@PRJDUP_ZUVYSDKDIR@\")\n";
+        writeFile(path, content);
+        withoutCall(call, error, [&] { FilterCMakeLists(path, sdk); });
+        QCOMPARE(readFile(path), content);
+    }
+#endif
 
     void splitsOutsideQuotes_data()
     {
