@@ -21,7 +21,11 @@ public:
 
 private:
     std::string_view Contents() const override { return {}; }
-    void Write(const char* data, std::size_t count) override { m_file->write(data, count); }
+    void Write(const char* data, std::size_t count) override
+    {
+        if (m_file->write(data, qint64(count)) != qint64(count))
+            m_file->cancelWriting();
+    }
 
     const std::unique_ptr<QSaveFile> m_file;
 };
