@@ -228,7 +228,8 @@ ApplicationWindow {
         title: qsTr("Copy Progress")
         visible: window.backend.copying
         onOpened: abortButton.forceActiveFocus(Qt.TabFocusReason)
-        onClosed: copyButton.forceActiveFocus(Qt.TabFocusReason)
+        // There as long as a copy runs: what closes it earlier opens it again.
+        onClosed: window.backend.copying ? open() : copyButton.forceActiveFocus(Qt.TabFocusReason)
         footer: ButtonBox {
             PushButton {
                 id: abortButton

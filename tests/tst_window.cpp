@@ -226,9 +226,6 @@ private slots:
                 program.item(u"Copy Progress"_s));
         QTRY_VERIFY(program.backend().copyProgress() > 0);
         QCOMPARE(program.focused(), u"abortButton"_s);
-        // Closing the dialog leaves the copy alone.
-        QTest::keyClick(program.window, Qt::Key_Escape);
-        QVERIFY(!program.isOpen(u"copyDlg"_s) && program.backend().copying());
         QVERIFY(done.wait(60000));
         QCOMPARE(readTree(program.destination()).size(), 1001);
     }
@@ -265,6 +262,25 @@ private slots:
                     program.call(u"overwriteDlg"_s, "close");
                 }
             }
+        }
+    }
+
+    // A press outside of the dialog is for what is there.
+    void showsItsProgressAsLongAsItCopies()
+    {
+        const Program program(true);
+        for (const bool copyWrapper : {true, false}) {
+            program.backend().setCopying(true);
+            QTest::keyClick(program.window, Qt::Key_Escape);
+            QCOMPARE(program.focused(), u"abortButton"_s);
+            QTest::mouseClick(program.window, Qt::LeftButton, {}, QPoint(2, 2));
+            QCOMPARE(program.focused(), u"abortButton"_s);
+            program.click(u"copyWrapperBox"_s);
+            QCOMPARE(program.backend().copyWrapper(), copyWrapper);
+            QVERIFY(program.isOpen(u"copyDlg"_s));
+            program.backend().setCopying(false);
+            QVERIFY(!program.isOpen(u"copyDlg"_s));
+            QCOMPARE(program.focused(), u"copyButton"_s);
         }
     }
 
