@@ -38,7 +38,7 @@ WidgetFileDialog::~WidgetFileDialog() = default;
 
 void WidgetFileDialog::open()
 {
-    if (m_dialog && m_dialog->isVisible()) {
+    if (m_dialog) {
         m_dialog->raise();
         m_dialog->activateWindow();
         return;
@@ -50,7 +50,7 @@ void WidgetFileDialog::open()
                           : m_selectMultiple ? QFileDialog::ExistingFiles
                                              : QFileDialog::ExistingFile);
     m_dialog->setOption(QFileDialog::ShowDirsOnly, m_selectFolder);
-    connect(m_dialog.get(), &QFileDialog::accepted, this, &WidgetFileDialog::accept);
+    connect(m_dialog.get(), &QFileDialog::finished, this, &WidgetFileDialog::finish);
 
     // A widget cannot have a Quick window as its parent, but its window can stay above it.
     m_dialog->winId();
@@ -58,10 +58,12 @@ void WidgetFileDialog::open()
     m_dialog->open();
 }
 
-void WidgetFileDialog::accept()
+void WidgetFileDialog::finish(int result)
 {
-    const QList<QUrl> urls = m_dialog->selectedUrls();
-    if (urls.isEmpty() || !urls.first().isLocalFile())
+    QFileDialog* const dialog = m_dialog.release();
+    dialog->deleteLater(); // it is still emitting its signal
+    const QList<QUrl> urls = dialog->selectedUrls();
+    if (result != QDialog::Accepted || urls.isEmpty() || !urls.first().isLocalFile())
         return;
     m_fileUrl = urls.first();
     emit accepted();

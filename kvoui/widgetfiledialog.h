@@ -32,12 +32,12 @@ signals:
     void accepted();
 
 private:
-    void accept();
+    void finish(int result);
 
     QString m_title;
     QUrl m_folder;
     QUrl m_fileUrl;
     bool m_selectFolder = false;
     bool m_selectMultiple = false;
-    std::unique_ptr<QFileDialog> m_dialog; // made at the first `open`
+    std::unique_ptr<QFileDialog> m_dialog; // null when none is open
 };

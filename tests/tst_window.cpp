@@ -345,9 +345,13 @@ private slots:
                 static_cast<QDialog*>(dialog)->accept();
             else
                 dialog->reject();
-            QTRY_VERIFY(!fileDialog());
+            QTRY_VERIFY(!dialog);
             QCOMPARE(program.text(u"destinationField"_s), accept ? chosen : before);
         }
+        program.click(u"chooseButton"_s);
+        QTRY_VERIFY(fileDialog());
+        QCOMPARE(fileDialog()->directory(), QDir(chosen));
+        fileDialog()->reject();
         // Also while a copy runs and ends.
         program.backend().setRunCMake(false);
         program.backend().setDestination(program.destination());
