@@ -1,7 +1,8 @@
 #include "adapt/sdkimports.h"
 
-#include "copy/copyfileentry.h"
-#include "copy/walk.h"
+#include "copy/list/copyfileentry.h"
+#include "copy/list/sdklayout.h"
+#include "copy/list/walk.h"
 
 #include <QDir>
 #include <QRegExp>
@@ -20,7 +21,8 @@ constexpr const char* sdkDylibImports[] = {
 };
 constexpr const char* sdkBinImports[] = {"qmav"};
 
-QFileInfoList list(const QString& folder)
+// By name, as `NoSort` as an argument means the sort order of the QDir.
+QFileInfoList listFolder(const QString& folder)
 {
     return QDir(folder).entryInfoList(
         QDir::Dirs | QDir::Files | QDir::Drives | QDir::NoDotAndDotDot, QDir::NoSort);
@@ -31,25 +33,24 @@ QRegExp wildcard(const QString& pattern)
     return QRegExp(pattern, Qt::CaseSensitive, QRegExp::Wildcard);
 }
 
-// Appends the entry that copies `source` into the folder `target` and, with `whole`, its contents.
-void appendImport(QList<CopyFileEntry>& entries, const QDir& destination, const QString& target,
-                  const QFileInfo& source, bool whole)
+// Appends the entry that copies `found` into `outputDir` and, with `whole`, its contents.
+void appendImport(QList<CopyFileEntry>& entries, const QDir& destination, const QString& outputDir,
+                  const QFileInfo& found, bool whole)
 {
     QList<QString> items = {{}};
     if (whole)
-        Walk(items, {}, source.absoluteFilePath(), {}, {});
+        Walk(items, {}, found.absoluteFilePath(), {}, {});
     for (const QString& item : std::as_const(items)) {
-        const QString path = target + u'/' + source.fileName() + item;
-        entries.append(
-            {source.absoluteFilePath() + item, path, destination.relativeFilePath(path)});
+        const QString path = outputDir + u'/' + found.fileName() + item;
+        entries.append({found.absoluteFilePath() + item, path, destination.relativeFilePath(path)});
     }
 }
 
 void appendImports(QList<CopyFileEntry>& entries, const QDir& destination,
-                   std::span<const QString> targets, const QFileInfoList& listing,
+                   std::span<const QString> outputDirs, const QFileInfoList& listing,
                    std::span<const char* const> baseNames, const char* prefix, const char* suffix)
 {
-    for (const QString& target : targets) {
+    for (const QString& outputDir : outputDirs) {
         for (const char* baseName : baseNames) {
             const QString name = QString::fromLatin1(baseName);
             const QRegExp folder = wildcard(name);
@@ -58,7 +59,7 @@ void appendImports(QList<CopyFileEntry>& entries, const QDir& destination,
             for (const QFileInfo& entry : listing) {
                 const bool whole = entry.isDir() && folder.exactMatch(entry.fileName());
                 if (whole || file.exactMatch(entry.fileName()))
-                    appendImport(entries, destination, target, entry, whole);
+                    appendImport(entries, destination, outputDir, entry, whole);
             }
         }
     }
@@ -69,18 +70,17 @@ void appendImports(QList<CopyFileEntry>& entries, const QDir& destination,
 void GetSdkImports(QList<CopyFileEntry>& entries, QString source, QString destination,
                    const ImportNames& names)
 {
+    const SdkLayout sdk{source};
     const QString bin = destination + u"/bin"_s;
-    const QString targets[] = {bin + u"/Debug"_s, bin + u"/Release"_s};
-    const QString binDir = QDir::cleanPath(source + u"/../bin"_s);
-    const QString libDir = QDir::cleanPath(source + u"/../lib"_s);
+    const QString outputDirs[] = {bin + u"/Debug"_s, bin + u"/Release"_s};
 
     // A folder as the source makes a folder of the destination.
-    entries.append({binDir, bin, u"/bin"_s});
-    entries.append({binDir, targets[0], u"/bin/Debug"_s});
-    entries.append({binDir, targets[1], u"/bin/Release"_s});
+    entries.append({sdk.bin, bin, u"/bin"_s});
+    entries.append({sdk.bin, outputDirs[0], u"/bin/Debug"_s});
+    entries.append({sdk.bin, outputDirs[1], u"/bin/Release"_s});
 
-    appendImports(entries, QDir(destination), targets, list(binDir), sdkBinImports, names.exePrefix,
-                  names.exeSuffix);
-    appendImports(entries, QDir(destination), targets, list(libDir), sdkDylibImports,
+    appendImports(entries, QDir(destination), outputDirs, listFolder(sdk.bin), sdkBinImports,
+                  names.exePrefix, names.exeSuffix);
+    appendImports(entries, QDir(destination), outputDirs, listFolder(sdk.lib), sdkDylibImports,
                   names.dylibPrefix, names.dylibSuffix);
 }

@@ -2,6 +2,7 @@
 
 #include "adapt/project.h"
 #include "adapt/strtok_quo.h"
+#include "copy/list/sdklayout.h"
 #include "kvo/file.h"
 #include "kvo/path.h"
 #include "kvo/wholefile.h"
@@ -12,8 +13,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-using Qt::StringLiterals::operator""_s;
 
 namespace {
 
@@ -65,7 +64,7 @@ bool leadsOutOf(const std::string& folder, const std::string& path)
 
 void GetDotnetDirs(QList<QString>& names, QString source)
 {
-    QFile solution(source + u"/dotnet.sln"_s);
+    QFile solution(SdkLayout{source}.solution);
     if (!kvo::OpenRegular(solution, QIODevice::ReadOnly | QIODevice::ExistingOnly))
         return;
     char line[kLineSize];

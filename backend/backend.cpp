@@ -1,6 +1,7 @@
 #include "backend/backend.h"
 
 #include "copy/copyworker.h"
+#include "copy/list/sdklayout.h"
 
 #include <QCoreApplication>
 #include <QDesktopServices>
@@ -34,7 +35,7 @@ Backend::ESTATUS runCMakeGui(const QString& folder)
 
 Backend::ESTATUS openSolutionIn(const QString& folder)
 {
-    const QString solution = QDir::cleanPath(folder + u"/dotnet.sln"_s);
+    const QString solution = QDir::cleanPath(folder + u'/' + solutionName);
     return QDesktopServices::openUrl(QUrl::fromLocalFile(solution))
                ? Backend::STATUS_SOLUTION_OPENED
                : Backend::STATUS_SOLUTION_OPEN_FAILED;

@@ -4,7 +4,7 @@
 #include "app/startup.h"
 #include "backend/backend.h"
 #include "copy/copyworker.h"
-#include "copy/walk.h"
+#include "copy/list/walk.h"
 #include "kvo/xmlfile.h"
 
 #include <QApplication>

@@ -3,13 +3,12 @@
 #include "adapt/cmakelists.h"
 #include "adapt/sdkimports.h"
 #include "adapt/solution.h"
-#include "copy/copyfileentry.h"
-#include "copy/walk.h"
+#include "copy/list/copylist.h"
+#include "copy/list/sdklayout.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QStringBuilder>
 
 #include <algorithm>
 #include <filesystem>
@@ -44,9 +43,8 @@ bool holds(const QString& holder, const QString& path)
 // Whether removing `destination` would remove something that is copied, in whichever mode.
 bool holdsSource(const QString& destination, const QString& source)
 {
-    const auto folders = {u""_s, u"/../bin"_s, u"/../lib"_s, u"/../dotnet"_s};
-    return std::any_of(folders.begin(), folders.end(), [&](const QString& name) {
-        const QString folder = QDir::cleanPath(source + name);
+    const QList<QString> folders = SdkLayout{source}.folders();
+    return std::any_of(folders.begin(), folders.end(), [&](const QString& folder) {
         return holds(destination, folder) ||
                (QFileInfo::exists(destination) && holds(folder, destination));
     });
@@ -106,36 +104,14 @@ void CopyWorker::run()
 
 QList<CopyFileEntry> CopyWorker::copyList() const
 {
+    const SdkLayout sdk{m_source};
     QList<QString> dotnetNames;
     GetDotnetDirs(dotnetNames, m_source);
-    dotnetNames.append(u"dotnet.sln"_s);
-
-    QList<CopyFileEntry> entries;
-    QList<QString> items;
-    if (m_dotnet) {
-        GetSdkImports(entries, m_source, m_destination);
-        if (m_copyWrapper)
-            appendWrapper(entries);
-        Walk(items, {}, m_source, dotnetNames, {});
-    } else {
-        Walk(items, {}, m_source, {}, dotnetNames);
-    }
-    entries.reserve(entries.size() + items.size());
-    // With views, as two strings would be joined by appending, which leaves them room to grow.
-    for (const QString& item : std::as_const(items))
-        entries.append({m_source % QStringView(item), m_destination % QStringView(item), item});
-    return entries;
-}
-
-void CopyWorker::appendWrapper(QList<CopyFileEntry>& entries) const
-{
-    const QString wrapper = u"/dotnet"_s;
-    const QString wrapperDir = QDir::cleanPath(m_source + u"/.."_s + wrapper);
-    QList<QString> items;
-    Walk(items, {}, wrapperDir, {}, {u"doc"_s});
-    entries.append({wrapperDir, m_destination + wrapper, wrapper});
-    for (const QString& item : std::as_const(items))
-        entries.append({wrapperDir + item, m_destination + wrapper + item, wrapper + item});
+    if (!m_dotnet)
+        return ListCMakeCopy(sdk, m_destination, dotnetNames);
+    QList<CopyFileEntry> runtime;
+    GetSdkImports(runtime, m_source, m_destination);
+    return ListDotnetCopy(sdk, m_destination, dotnetNames, runtime, m_copyWrapper);
 }
 
 void CopyWorker::copyEntries(const QList<CopyFileEntry>& entries)
@@ -153,9 +129,10 @@ void CopyWorker::copyEntries(const QList<CopyFileEntry>& entries)
 // Also after an abort: what was copied is to build against the SDK.
 void CopyWorker::adaptCopy() const
 {
+    const SdkLayout sdk{m_source};
+    constexpr bool localProjectFiles = true;
     if (m_dotnet)
-        FilterSln(m_source + u"/dotnet.sln"_s, m_destination, true, m_copyWrapper);
+        FilterSln(sdk.solution, m_destination, localProjectFiles, m_copyWrapper);
     else
-        FilterCMakeLists(m_destination + u"/CMakeLists.txt"_s,
-                         QDir::cleanPath(m_source + u"/../"_s));
+        FilterCMakeLists(m_destination + u"/CMakeLists.txt"_s, sdk.root);
 }

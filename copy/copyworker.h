@@ -37,7 +37,6 @@ protected:
 
 private:
     QList<CopyFileEntry> copyList() const;
-    void appendWrapper(QList<CopyFileEntry>& entries) const;
     void copyEntries(const QList<CopyFileEntry>& entries);
     void adaptCopy() const;
 

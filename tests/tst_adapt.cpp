@@ -3,7 +3,7 @@
 #include "adapt/sdkimports.h"
 #include "adapt/solution.h"
 #include "adapt/strtok_quo.h"
-#include "copy/copyfileentry.h"
+#include "copy/list/copyfileentry.h"
 
 #include "tests/table.h"
 

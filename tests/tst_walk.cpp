@@ -1,4 +1,4 @@
-#include "copy/walk.h"
+#include "copy/list/walk.h"
 
 #include "tests/table.h"
 

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QDir>
+#include <QList>
+#include <QString>
+
+inline constexpr QLatin1StringView solutionName("dotnet.sln");
+
+// Where an SDK keeps what is copied. Made from the path of its samples folder, relative or
+// absolute, as in SdkLayout{"/sdk/samples"}; no path ends in "/".
+struct SdkLayout
+{
+    QString samples;
+    QString solution = samples + u'/' + solutionName;
+    QString root = QDir::cleanPath(samples + QStringLiteral("/../"));
+    QString bin = QDir::cleanPath(samples + QStringLiteral("/../bin"));
+    QString lib = QDir::cleanPath(samples + QStringLiteral("/../lib"));
+    QString wrapper = QDir::cleanPath(samples + QStringLiteral("/../dotnet"));
+
+    // All that is copied from, in either mode.
+    QList<QString> folders() const { return {samples, bin, lib, wrapper}; }
+};
