@@ -18,6 +18,7 @@ target_sources(prjdup PRIVATE ${icns})
 set_source_files_properties(${icns} PROPERTIES MACOSX_PACKAGE_LOCATION Resources)
 set_target_properties(prjdup PROPERTIES
     MACOSX_BUNDLE_BUNDLE_NAME "Copy Project"
+    MACOSX_BUNDLE_COPYRIGHT "Copyright 2026 ZUVY"
     MACOSX_BUNDLE_GUI_IDENTIFIER com.zuvy.prjdup
     MACOSX_BUNDLE_ICON_FILE prjdup.icns
     MACOSX_BUNDLE_SHORT_VERSION_STRING ${PROJECT_VERSION}
