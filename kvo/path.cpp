@@ -1,5 +1,7 @@
 #include "kvo/path.h"
 
+#include <QDir>
+
 #include <algorithm>
 #include <filesystem>
 
@@ -18,22 +20,23 @@ std::string_view SeparatorsOf(std::string_view path)
     return asIs ? separators.substr(0, 1) : separators;
 }
 
+// The only place that makes a path of text. It goes through UTF-16, as on Windows a path of bytes
+// that are not UTF-8 would throw.
 fs::path FromText(std::string_view text)
 {
-    std::string slashed(text);
+    QString slashed = QString::fromUtf8(text);
     if (SeparatorsOf(text) == separators)
-        slashed = ConvertSlashes(text, '/');
-    return std::u8string(slashed.begin(), slashed.end());
+        slashed.replace(u'\\', u'/');
+    return slashed.toStdU16String();
 }
 
 std::string ToText(const fs::path& path, char separator)
 {
-    std::u8string text = path.generic_u8string();
-    std::replace(text.begin(), text.end(), u8'/', char8_t(separator));
-    return {text.begin(), text.end()};
+    QString text = QString::fromStdU16String(path.generic_u16string());
+    return text.replace(u'/', QLatin1Char(separator)).toStdString();
 }
 
-fs::path Normalised(const fs::path& path)
+fs::path Normalized(const fs::path& path)
 {
     // The dot, as "//" alone would count as normal.
     const fs::path normal = (path / ".").lexically_normal();
@@ -42,8 +45,7 @@ fs::path Normalised(const fs::path& path)
 
 fs::path Absolute(std::string_view path)
 {
-    std::error_code ignored; // without a current folder a relative path stays relative
-    return Normalised(fs::current_path(ignored) / FromText(path));
+    return Normalized(FromText(QDir::currentPath().toStdString()) / FromText(path));
 }
 
 } // namespace
@@ -82,7 +84,7 @@ std::string ConvertSlashes(std::string_view path, char separator)
 
 std::string ExpandRelativePath(std::string_view base, std::string_view path, char separator)
 {
-    return ToText(Normalised(Absolute(base) / FromText(path)), separator);
+    return ToText(Normalized(Absolute(base) / FromText(path)), separator);
 }
 
 std::string RelativePath(std::string_view base, std::string_view target, char separator)
@@ -91,7 +93,7 @@ std::string RelativePath(std::string_view base, std::string_view target, char se
     const fs::path relative = absolute.lexically_relative(Absolute(base));
     // A relative path with "\" in a name would be read as another one.
     const bool leadsThere =
-        !relative.empty() && relative.generic_u8string().find(u8'\\') == std::u8string::npos;
+        !relative.empty() && relative.generic_u16string().find(u'\\') == std::u16string::npos;
     return ToText(leadsThere ? relative : absolute, separator);
 }
 

@@ -21,17 +21,17 @@ std::string MakePath(std::string_view folder, std::string_view name, char separa
 // The path with every "/" and "\" replaced by the separator.
 std::string ConvertSlashes(std::string_view path, char separator);
 
-// The following take a relative base, target or folder from the current folder, as the empty path
-// is the current folder. They resolve "." and "..", which climbs no higher than the root, and
-// results have no trailing separator, save for the root.
+// The functions below resolve "." and "..", which climbs no higher than the root. A base, target or
+// folder that is relative or empty is taken from the current folder. Results have no trailing
+// separator, save for the root, and U+FFFD in place of bytes that are not UTF-8.
 
-// The absolute path that `path` names when it is read in the folder `base`; an absolute `path`
-// comes back normalised.
+// The absolute path that `path` names when it is read in the folder `base`: `base` itself if `path`
+// is empty, `path` normalized if it is absolute.
 std::string ExpandRelativePath(std::string_view base, std::string_view path, char separator);
 
 // `target` as seen from the folder `base`, climbing with ".." where needed; "." for the folder
 // itself, and the absolute target when no relative path leads there (another drive, a name with
-// "\"). ExpandRelativePath(base, RelativePath(base, target, '/'), '/') is the normalised target.
+// "\"). ExpandRelativePath(base, RelativePath(base, target, '/'), '/') is the normalized target.
 std::string RelativePath(std::string_view base, std::string_view target, char separator);
 
 // Whether `path` lies inside `folder`, at any depth. A folder does not lie inside itself.
