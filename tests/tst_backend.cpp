@@ -1,4 +1,5 @@
 #include "backend/backend.h"
+#include "backend/quitrequests.h"
 
 #include "tests/table.h"
 
@@ -6,6 +7,7 @@
 #include <QGuiApplication>
 #include <QMetaMethod>
 #include <QSignalSpy>
+#include <QTimer>
 #include <QUrl>
 
 using Arguments = QByteArrayList;
@@ -154,6 +156,67 @@ private slots:
         const QList<QUrl> solution = {QUrl::fromLocalFile(setup.home.filePath(u"dotnet.sln"_s))};
         QCOMPARE(m_opened,
                  backend.status() == Backend::STATUS_SOLUTION_OPENED ? solution : QList<QUrl>());
+    }
+
+    void endsWhenAsked_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("the terminal is closed") << SIGHUP;
+        QTest::newRow("interrupted") << SIGINT;
+        QTest::newRow("terminated") << SIGTERM;
+        QTest::newRow("the session ends") << 0;
+    }
+
+    void endsWhenAsked()
+    {
+        QFETCH(int, signal);
+        const Setup setup({"%1", "x"}, 1000);
+        Backend backend;
+        const QuitRequests requests(backend);
+        connect(&backend, &Backend::copyFileChanged, [&] {
+            if (signal)
+                std::raise(signal);
+            else // with an argument that nobody reads
+                emit qGuiApp->commitDataRequest(reinterpret_cast<QSessionManager&>(*qGuiApp));
+        });
+        QTimer::singleShot(5000, &backend, [] { QCoreApplication::exit(1); });
+        backend.start();
+        QCOMPARE(QCoreApplication::exec(), 0);
+        QTRY_VERIFY(!backend.copying());
+        QVERIFY(backend.copyProgress() < 1);
+        QCOMPARE(backend.status(), Backend::STATUS_COPY_DONE);
+    }
+
+    void completesACopyBehindAClosedWindow()
+    {
+        for (const bool terminated : {false, true}) {
+            const int count = terminated ? 1000 : 20;
+            const Setup setup({"%1", "x"}, count);
+            Backend backend;
+            {
+                const QuitRequests requests(backend);
+                QTimer::singleShot(
+                    0, [] { QCoreApplication::postEvent(qGuiApp, new QEvent(QEvent::Quit)); });
+                QCOMPARE(QCoreApplication::exec(), 0);
+                backend.start();
+                if (terminated)
+                    std::raise(SIGTERM);
+            }
+            QCOMPARE(readTree(backend.destination()).size() <= count, terminated);
+            QVERIFY(backend.runCMake());
+        }
+    }
+
+    // As a program that is started inherits what is ignored, but no handler.
+    void ignoresTheSignalsThatWereIgnored()
+    {
+        const Setup setup({});
+        Backend backend;
+        std::signal(SIGHUP, SIG_IGN);
+        const QuitRequests requests(backend);
+        QVERIFY(std::signal(SIGHUP, SIG_DFL) == SIG_IGN);
+        const auto handler = std::signal(SIGXFSZ, SIG_DFL);
+        QVERIFY(handler != SIG_DFL && handler != SIG_IGN);
     }
 
 #ifdef __linux__

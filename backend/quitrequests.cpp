@@ -1,0 +1,95 @@
+#include "backend/quitrequests.h"
+
+#include "backend/backend.h"
+
+#include <QEvent>
+#include <QGuiApplication>
+#include <QThread>
+
+#include <atomic>
+
+namespace {
+
+std::atomic<bool> signalled = false;
+
+} // namespace
+
+#ifdef Q_OS_UNIX
+#include <QSocketNotifier>
+
+#include <cerrno>
+#include <csignal>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+int pipeEnds[2]; // never closed, as a signal may come at any time
+
+void noteSignal(int /*number*/)
+{
+    const int error = errno;
+    if (!signalled.exchange(true))
+        static_cast<void>(::write(pipeEnds[1], "", 1));
+    errno = error;
+}
+
+void quitOnSignals(QObject* context)
+{
+    // Not ignored, as a program that is started would go on ignoring it.
+    std::signal(SIGXFSZ, [](int) {});
+
+    signalled = false;
+    if (::pipe(pipeEnds) != 0)
+        return;
+    for (const int end : pipeEnds)
+        ::fcntl(end, F_SETFD, FD_CLOEXEC);
+    auto* const notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, context);
+    QObject::connect(notifier, &QSocketNotifier::activated, context, [notifier] {
+        notifier->setEnabled(false);
+        QCoreApplication::quit();
+    });
+    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
+        if (std::signal(number, noteSignal) == SIG_IGN)
+            std::signal(number, SIG_IGN);
+    }
+}
+
+} // namespace
+#else
+static void quitOnSignals(QObject* /*context*/) {}
+#endif
+
+QuitRequests::QuitRequests(Backend& backend)
+    : m_backend(backend)
+{
+    qGuiApp->installEventFilter(this);
+    // Whether the session really ends is not known yet: only a copy must make haste.
+    connect(qGuiApp, &QGuiApplication::commitDataRequest, this, [this] {
+        if (m_backend.copying())
+            QCoreApplication::quit();
+    });
+    quitOnSignals(this);
+}
+
+QuitRequests::~QuitRequests()
+{
+    auto* const worker = m_backend.findChild<QThread*>();
+    do {
+        if (signalled)
+            m_backend.abort();
+    } while (worker && !worker->wait(100));
+}
+
+// A quit that the desktop or QCoreApplication::quit() asks for is spontaneous, other than the one
+// that follows the last window.
+bool QuitRequests::eventFilter(QObject* /*watched*/, QEvent* event)
+{
+    if (event->type() == QEvent::Quit && event->spontaneous()) {
+        m_backend.setRunCMake(false);
+        m_backend.setOpenSolution(false);
+        m_backend.abort();
+    }
+    return false;
+}
