@@ -12,84 +12,6 @@ ApplicationWindow {
         onCopyDone: doneDlg.open()
     }
 
-    // The style's buttons neither press on Return nor on an assistive tool's action; and a key held down must not
-    // press through one dialog after the other.
-    component PushButton: Button {
-        Accessible.onPressAction: if (enabled) clicked()
-        Keys.onPressed: (event) => event.accepted = event.isAutoRepeat
-        Keys.onReleased: (event) => event.accepted = event.isAutoRepeat
-        Keys.onEnterPressed: (event) => { if (!event.isAutoRepeat) clicked() }
-        Keys.onReturnPressed: (event) => { if (!event.isAutoRepeat) clicked() }
-    }
-
-    component Option: CheckBox {
-        function press() {
-            toggle()
-            toggled()
-        }
-        Accessible.onPressAction: press()
-        Accessible.onToggleAction: press()
-        Keys.onEnterPressed: (event) => { if (!event.isAutoRepeat) press() }
-        Keys.onReturnPressed: (event) => { if (!event.isAutoRepeat) press() }
-    }
-
-    component ButtonBox: DialogButtonBox {
-        padding: 8
-        topPadding: 0
-        spacing: 8
-        alignment: Qt.AlignRight
-        delegate: Component {
-            PushButton {}
-        }
-    }
-
-    // Trimmed, since a dialog must fit into the window's fixed height.
-    component OverlayDialog: Dialog {
-        id: dialog
-
-        parent: Overlay.overlay
-        x: (parent.width - width) / 2
-        y: (parent.height - height) / 2
-        width: parent.width - 16
-        padding: 8
-        focus: true
-
-        header: Label {
-            text: dialog.title
-            textFormat: Text.PlainText
-            font.bold: true
-            padding: 8
-            bottomPadding: 0
-        }
-        footer: ButtonBox {}
-    }
-
-    component PlainText: Label {
-        textFormat: Text.PlainText
-        wrapMode: Text.Wrap
-    }
-
-    component MessageDialog: OverlayDialog {
-        id: messageDialog
-
-        property alias text: message.text
-        readonly property real room: parent.height - implicitHeaderHeight - implicitFooterHeight - 2 * padding
-
-        ColumnLayout {
-            anchors { left: parent.left; right: parent.right; top: parent.top }
-
-            PlainText {
-                id: message
-                objectName: "message"
-                Layout.fillWidth: true
-                // A message too long for the window's fixed height is set in smaller type.
-                Layout.maximumHeight: messageDialog.room
-                fontSizeMode: Text.Fit
-                minimumPointSize: 1
-            }
-        }
-    }
-
     title: qsTr("Copy Project")
     visible: true
     width: minimumWidth
@@ -160,7 +82,7 @@ ApplicationWindow {
                     visible: destinationField.hovered
                     text: window.backend.destination
                     width: Math.min(destinationField.contentWidth + 1 + leftPadding + rightPadding, window.width - 16)
-                    contentItem: PlainText {
+                    contentItem: WrappedText {
                         objectName: "toolTipText"
                         text: destinationToolTip.text
                     }
@@ -226,8 +148,8 @@ ApplicationWindow {
         id: copyDlg
         objectName: "copyDlg"
         title: qsTr("Copy Progress")
+        firstFocus: abortButton
         visible: window.backend.copying
-        onOpened: abortButton.forceActiveFocus(Qt.TabFocusReason)
         // There as long as a copy runs: what closes it earlier opens it again.
         onClosed: window.backend.copying ? open() : copyButton.forceActiveFocus(Qt.TabFocusReason)
         footer: ButtonBox {
@@ -247,20 +169,11 @@ ApplicationWindow {
                 Label {
                     id: fileCaption
                     objectName: "fileCaption"
-                    readonly property bool started: window.backend.copyFile !== ""
-                    text: started ? qsTr("File:") : qsTr("Starting...")
+                    text: window.backend.copyFile === "" ? qsTr("Starting...") : qsTr("File:")
                 }
-                Label {
-                    id: fileLabel
+                LatestText {
                     objectName: "fileLabel"
-                    // Names come far faster than frames: only those that a frame shows are laid out.
-                    readonly property string file: window.backend.copyFile
-                    property bool drawn: true
-                    onFileChanged: {
-                        if (drawn)
-                            text = file
-                        drawn = false
-                    }
+                    latest: window.backend.copyFile
                     Layout.fillWidth: true
                     // One line of a steady height, whatever script or character a name holds.
                     Layout.preferredHeight: fileCaption.implicitHeight
@@ -268,14 +181,6 @@ ApplicationWindow {
                     maximumLineCount: 1
                     elide: Text.ElideMiddle
                     horizontalAlignment: Text.AlignLeft
-
-                    Connections {
-                        target: window
-                        function onAfterAnimating() {
-                            fileLabel.text = fileLabel.file
-                            fileLabel.drawn = true
-                        }
-                    }
                 }
             }
             ProgressBar {
@@ -294,7 +199,7 @@ ApplicationWindow {
         title: "Warning"
         text: qsTr("The folder %1 already exists. If you continue it will be removed, are you sure you want to continue.").arg(window.backend.destination)
         standardButtons: Dialog.Yes | Dialog.No
-        onOpened: standardButton(Dialog.No).forceActiveFocus(Qt.TabFocusReason)
+        firstButton: Dialog.No
         onClosed: if (!window.backend.copying) copyButton.forceActiveFocus(Qt.TabFocusReason)
         onAccepted: window.backend.start()
     }
@@ -321,8 +226,133 @@ ApplicationWindow {
         title: "Copy Done"
         text: message().arg(window.backend.destination)
         standardButtons: Dialog.Ok
-        onOpened: standardButton(Dialog.Ok).forceActiveFocus(Qt.TabFocusReason)
+        firstButton: Dialog.Ok
         onClosed: copyButton.forceActiveFocus(Qt.TabFocusReason)
         onAccepted: window.close()
+    }
+
+    // Presses on Return and Enter, as the style itself does only with some platform themes. A key held down presses
+    // once, so that it does not go through one dialog after the other.
+    component PressKeys: Item {
+        signal press
+
+        function take(event) {
+            const returns = event.key === Qt.Key_Return || event.key === Qt.Key_Enter
+            event.accepted = returns || (event.key === Qt.Key_Space && event.isAutoRepeat)
+            return returns && !event.isAutoRepeat
+        }
+
+        Keys.onPressed: (event) => { if (take(event)) press() }
+        Keys.onReleased: (event) => take(event)
+    }
+
+    component PushButton: Button {
+        id: button
+
+        Accessible.onPressAction: if (enabled) clicked()
+        Keys.forwardTo: PressKeys {
+            onPress: button.clicked()
+        }
+    }
+
+    component Option: CheckBox {
+        id: option
+
+        function press() {
+            toggle()
+            toggled()
+        }
+
+        Accessible.onPressAction: press()
+        Accessible.onToggleAction: press()
+        Keys.forwardTo: PressKeys {
+            onPress: option.press()
+        }
+    }
+
+    component WrappedText: Label {
+        textFormat: Text.PlainText
+        wrapMode: Text.Wrap
+    }
+
+    // Lays out only what a frame shows of a text that changes far faster.
+    component LatestText: Label {
+        id: label
+
+        property string latest
+        property bool drawn: true
+
+        onLatestChanged: {
+            if (drawn)
+                text = latest
+            drawn = false
+        }
+
+        Connections {
+            target: label.Window.window
+            function onAfterAnimating() {
+                label.text = label.latest
+                label.drawn = true
+            }
+        }
+    }
+
+    component ButtonBox: DialogButtonBox {
+        padding: 8
+        topPadding: 0
+        spacing: 8
+        alignment: Qt.AlignRight
+        delegate: Component {
+            PushButton {}
+        }
+    }
+
+    // Trimmed, since a dialog must fit into the window's fixed height.
+    component OverlayDialog: Dialog {
+        id: dialog
+
+        // What has the focus whenever the dialog opens.
+        property Item firstFocus
+
+        parent: Overlay.overlay
+        x: (parent.width - width) / 2
+        y: (parent.height - height) / 2
+        width: parent.width - 16
+        padding: 8
+        focus: true
+        onOpened: firstFocus.forceActiveFocus(Qt.TabFocusReason)
+
+        header: Label {
+            text: dialog.title
+            textFormat: Text.PlainText
+            font.bold: true
+            padding: 8
+            bottomPadding: 0
+        }
+        footer: ButtonBox {}
+    }
+
+    component MessageDialog: OverlayDialog {
+        id: messageDialog
+
+        property string text
+        property int firstButton
+        readonly property real room: parent.height - implicitHeaderHeight - implicitFooterHeight - 2 * padding
+
+        onAboutToShow: firstFocus = standardButton(firstButton)
+
+        ColumnLayout {
+            anchors { left: parent.left; right: parent.right; top: parent.top }
+
+            WrappedText {
+                objectName: "message"
+                text: messageDialog.text
+                Layout.fillWidth: true
+                // A message too long for the window's fixed height is set in smaller type.
+                Layout.maximumHeight: messageDialog.room
+                fontSizeMode: Text.Fit
+                minimumPointSize: 1
+            }
+        }
     }
 }
