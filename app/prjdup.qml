@@ -346,7 +346,8 @@ ApplicationWindow {
 
             WrappedText {
                 objectName: "message"
-                text: messageDialog.text
+                // Only while it shows, as fitting it into no room at all slows the start.
+                text: messageDialog.visible ? messageDialog.text : ""
                 Layout.fillWidth: true
                 // A message too long for the window's fixed height is set in smaller type.
                 Layout.maximumHeight: messageDialog.room
