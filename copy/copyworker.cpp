@@ -70,9 +70,8 @@ void copyEntry(const CopyFileEntry& entry)
     if (!source.isFile() || !QFile::copy(entry.sourcePath, entry.destinationPath))
         return;
     // The copy takes over the source's mode, and an SDK is often read-only.
-    const auto permissions = source.permissions();
-    if (!(permissions & QFile::WriteOwner))
-        QFile::setPermissions(entry.destinationPath, permissions | QFile::WriteOwner);
+    if (!source.permission(QFile::WriteOwner))
+        QFile::setPermissions(entry.destinationPath, source.permissions() | QFile::WriteOwner);
 }
 
 } // namespace
