@@ -21,7 +21,7 @@ constexpr const char* sdkDylibImports[] = {
 };
 constexpr const char* sdkBinImports[] = {"qmav"};
 
-// By name, as `NoSort` as an argument means the sort order of the QDir.
+// Sorted by name: passed to entryInfoList, `NoSort` means the QDir's own order.
 QFileInfoList listFolder(const QString& folder)
 {
     return QDir(folder).entryInfoList(

@@ -3,6 +3,7 @@
 #include "adapt/cmakelists.h"
 #include "adapt/sdkimports.h"
 #include "adapt/solution.h"
+#include "copy/destination.h"
 #include "copy/list/copylist.h"
 #include "copy/list/sdklayout.h"
 
@@ -10,54 +11,10 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <algorithm>
-#include <filesystem>
-
 using Qt::StringLiterals::operator""_s;
 
-// Failures are passed over throughout: a run copies what it can.
+// Failures are ignored throughout: a run copies what it can.
 namespace {
-
-// By way of UTF-8, as the conversion from UTF-16 throws on text that is not well-formed.
-std::filesystem::path toPath(const QString& path)
-{
-    const QByteArray utf8 = path.toUtf8();
-    return std::u8string(utf8.begin(), utf8.end());
-}
-
-// Whether `path` is `holder` or lies in it. Compares file identities on the way up, so that neither
-// links nor the spelling of a path hide it.
-bool holds(const QString& holder, const QString& path)
-{
-    std::error_code error;
-    const std::filesystem::path target = toPath(holder);
-    auto folder = std::filesystem::weakly_canonical(toPath(path), error);
-    while (!std::filesystem::equivalent(folder, target, error)) {
-        if (folder == folder.parent_path())
-            return false;
-        folder = folder.parent_path();
-    }
-    return true;
-}
-
-// Whether removing `destination` would remove something that is copied, in whichever mode.
-bool holdsSource(const QString& destination, const QString& source)
-{
-    const QList<QString> folders = SdkLayout{source}.folders();
-    return std::any_of(folders.begin(), folders.end(), [&](const QString& folder) {
-        return holds(destination, folder) ||
-               (QFileInfo::exists(destination) && holds(folder, destination));
-    });
-}
-
-void prepareDestination(const QString& destination)
-{
-    QDir directory(destination);
-    if (directory.exists())
-        directory.removeRecursively();
-    if (!directory.exists())
-        directory.mkpath(u"."_s);
-}
 
 void copyEntry(const CopyFileEntry& entry)
 {
@@ -66,10 +23,10 @@ void copyEntry(const CopyFileEntry& entry)
         QDir(entry.destinationPath).mkpath(u"."_s);
         return;
     }
-    // Opening a pipe or a device could wait for ever.
+    // Opening a pipe or a device could block forever.
     if (!source.isFile() || !QFile::copy(entry.sourcePath, entry.destinationPath))
         return;
-    // The copy takes over the source's mode, and an SDK is often read-only.
+    // The copy has the source's mode, and an SDK is often read-only.
     if (!source.permission(QFile::WriteOwner))
         QFile::setPermissions(entry.destinationPath, source.permissions() | QFile::WriteOwner);
 }
@@ -92,11 +49,12 @@ void CopyWorker::abort()
 
 void CopyWorker::run()
 {
-    if (m_destination.isEmpty() || holdsSource(m_destination, m_source))
+    if (IsLeftAlone(m_destination, SdkLayout{m_source}))
         return;
     // Complete before the first copy, so that the progress has a fixed denominator.
     const QList<CopyFileEntry> entries = copyList();
-    prepareDestination(m_destination);
+    if (!ClearDestination(m_destination))
+        return;
     copyEntries(entries);
     adaptCopy();
 }

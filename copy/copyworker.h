@@ -9,18 +9,17 @@ struct CopyFileEntry;
 // Copies the samples of one SDK to one destination and adapts the copy, once, on a thread of its
 // own. The owner starts it, and deletes it after `finished`; the destructor does not wait.
 //
-// An existing destination is removed with all its contents. Only one that is empty, or that is,
-// holds or lies in a folder to copy from in either mode (links resolved), is left alone, and
-// nothing is copied.
+// An existing destination is removed with all its contents. If it must be left alone, or keeps
+// something that might lead out of it (see copy/destination.h), nothing is copied or adapted.
 //
-// Failures are not reported: an entry that cannot be copied is passed over, and the run goes on.
+// Failures are not reported: an entry that cannot be copied is skipped.
 class CopyWorker : public QThread
 {
     Q_OBJECT
 
 public:
-    // `source` is the SDK's samples folder; its siblings "bin", "lib" and "dotnet" are used in
-    // .NET mode. Both paths have "/" as separator; relative ones count from the working folder.
+    // `source` is the SDK's samples folder (see copy/list/sdklayout.h). Both paths have "/" as
+    // separator; relative ones start at the working folder.
     CopyWorker(QObject* parent, QString source, QString destination, bool dotnet, bool copyWrapper);
 
     // Stops the copy before its next entry; what was copied is still adapted. From any thread.

@@ -11,6 +11,12 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#ifdef Q_OS_LINUX
+#include <linux/capability.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#endif
+
 using Names = QList<QString>;
 using Qt::StringLiterals::operator""_s;
 
@@ -69,6 +75,17 @@ void writeWithLimit(Function write)
     setrlimit(RLIMIT_FSIZE, &small);
     write();
     setrlimit(RLIMIT_FSIZE, &before);
+}
+
+// Lets modes count for root too, on this thread.
+inline void obeyModes()
+{
+#ifdef Q_OS_LINUX
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct none[2]{};
+    if (syscall(SYS_capset, &header, none) != 0)
+        qFatal("cannot drop privileges");
+#endif
 }
 
 // Makes `path` the home folder that Qt's standard paths lie in, whatever the user has configured.

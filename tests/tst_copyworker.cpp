@@ -1,119 +1,172 @@
 #include "copy/copyworker.h"
+#include "copy/destination.h"
+#include "copy/list/sdklayout.h"
 
-#include "tests/table.h"
+#include "tests/tree.h"
+
+#include <QStandardPaths>
+#include <QTest>
 
 class TestCopyWorker : public QObject
 {
     Q_OBJECT
 
-    // An SDK and a destination beside it, which holds something already.
+    using Modes = QFile::Permissions;
+
+    // An SDK, and a destination that holds something already.
     struct Sdk
     {
         const QTemporaryDir root;
-        QString samples = root.filePath(u"sdk/samples"_s);
-        QString destination = root.filePath(u"my côpy"_s);
-        const QByteArray cmakeLists =
-            "set(ZUVYSDKDIR \"" + root.filePath(u"sdk/"_s).toUtf8() + "\")\n";
+        const QString samples = path("sdk/samples"), file = path("sdk/samples/a/b/c");
+        QString destination = path("my côpy");
 
         Sdk()
         {
-            for (const char* name : {"samples/a/b/c.txt", "samples/Net/x.cs", "bin/other",
-                                     "dotnet/w/doc/x.cs", "dotnet/doc/manual"})
-                writeFile(root.filePath(u"sdk/"_s + QLatin1String(name)), "text");
-            writeFile(samples + u"/CMakeLists.txt"_s, "#set(ZUVYSDKDIR \"@PRJDUP_ZUVYSDKDIR@\")\n");
-            writeFile(samples + u"/dotnet.sln"_s,
-                      "Project(\"{t}\") = \"Net\", \"Net\\Net.csproj\", \"{1}\"");
-            writeFile(destination + u"/old/file"_s);
+            writeTree(
+                root.path(),
+                {{u"sdk/samples/CMakeLists.txt"_s, "#set(ZUVYSDKDIR \"@PRJDUP_ZUVYSDKDIR@\")"},
+                 {u"sdk/samples/dotnet.sln"_s, "Project(\"\") = \"N\", \"N\\N.csproj\", \"\""},
+                 {u"sdk/samples/N/N.csproj"_s,
+                  "<P><ItemGroup><None Include='x'/><None Include='../../dotnet/w'/>"
+                  "</ItemGroup></P>"},
+                 {u"sdk/samples/a/b/c"_s, {}},
+                 {u"sdk/bin/x"_s, {}},
+                 {u"sdk/dotnet/w/doc/x"_s, {}},
+                 {u"sdk/dotnet/doc/x"_s, {}},
+                 {u"my côpy/old/file"_s, {}}});
+            QFile::setPermissions(file, Modes(0x5055));
+            QFile::link(samples, path("my côpy/link"));
         }
+
+        QString path(const char* name) const
+        {
+            return QDir(root.path()).filePath(QString::fromUtf8(name));
+        }
+        Tree copy() const { return readTree(destination); }
     };
 
-    // The files that a run reports, each with the progress that follows it.
-    using Report = QList<std::pair<QString, double>>;
-
-    // Runs a worker on this thread; with `abortAt`, aborts it at that report of a file (0: before
-    // it starts).
-    static Report run(const Sdk& sdk, bool dotnet = false, bool copyWrapper = false,
-                      int abortAt = -1)
+    // Runs a worker on this thread, aborted at file number `abortAt` or, at 0, before. Returns its
+    // files, each with the progress reported next.
+    static Names run(const Sdk& sdk, bool dotnet = false, bool wrapper = false, int abortAt = -1)
     {
         struct Worker : CopyWorker
         {
             using CopyWorker::CopyWorker, CopyWorker::run;
-        } worker(nullptr, sdk.samples, sdk.destination, dotnet, copyWrapper);
-        Report report;
-        const auto abort = [&] {
+        } worker(nullptr, sdk.samples, sdk.destination, dotnet, wrapper);
+        Names report;
+        const auto add = [&](const QString& file) {
+            report += file;
             if (report.size() == abortAt)
                 worker.abort();
         };
-        connect(&worker, &CopyWorker::fileChanged, [&](const QString& file) {
-            report.append({file, 0});
-        });
-        connect(&worker, &CopyWorker::fileChanged, abort);
+        connect(&worker, &CopyWorker::fileChanged, add);
         connect(&worker, &CopyWorker::progressChanged,
-                [&](double progress) { report.last().second += progress; });
-        abort();
+                [&](double progress) { report.last() += u" %1"_s.arg(progress); });
+        if (abortAt == 0)
+            worker.abort();
         worker.run();
         return report;
     }
 
 private slots:
+    void initTestCase() { obeyModes(); }
+
     void copiesWhatTheModeAsksFor_data()
     {
-        addCases(QFINDTESTDATA("data/modes.txt"), {"options", "first", "copied"});
+        QTest::addColumn<Names>("first");
+        QTest::addColumn<QString>("copied");
+        const Names bin = {u"/bin"_s, u"/bin/Debug"_s, u"/bin/Release"_s};
+        const QString net = u"N/ N/N.csproj bin/ bin/Debug/ bin/Release/ dotnet.sln"_s;
+        QTest::newRow("CMake") << Names() << u"CMakeLists.txt a/ a/b/ a/b/c"_s;
+        QTest::newRow(".NET") << bin << net;
+        QTest::newRow("wrapper") << bin + Names{u"/dotnet"_s, u"/dotnet/w"_s}
+                                 << net + u" dotnet/ dotnet/w/ dotnet/w/doc/ dotnet/w/doc/x"_s;
     }
 
     void copiesWhatTheModeAsksFor()
     {
-        QFETCH(QByteArray, options);
-        QFETCH(QByteArray, first);
-        const bool dotnet = options.contains("dotnet"), copyWrapper = options.contains("wrapper");
+        QFETCH(Names, first);
+        const bool dotnet = !first.isEmpty(), wrapper = first.size() > 3;
         const Sdk sdk;
-        const Report report = run(sdk, dotnet, copyWrapper);
-        const Tree copy = readTree(sdk.destination);
-        QTEST(Names(copy.keys()).join(u'\n').toUtf8(), "copied");
-        // As adapted; it had no line end.
-        QVERIFY(!dotnet || copy[u"dotnet.sln"_s].endsWith("\r\n"));
-        Names files;
-        for (const auto& [file, progress] : report) {
-            files += file;
-            QCOMPARE(progress, double(files.size()) / double(copy.size()));
+        const Names report = run(sdk, dotnet, wrapper);
+        const Tree copy = sdk.copy();
+        QTEST(Names(copy.keys()).join(u' '), "copied");
+        QCOMPARE(report.size(), copy.size());
+        for (int i = 0; i < report.size(); ++i) {
+            const QString file = first.value(i, report[i].section(u' ', 0, 0));
+            QCOMPARE(report[i], file + u" %1"_s.arg((i + 1.0) / copy.size()));
         }
-        QCOMPARE(files.size(), copy.size());
-        QVERIFY(files.join(u'\n').toUtf8().startsWith(first));
+        const QByteArray project = copy[u"N/N.csproj"_s];
+        QCOMPARE(project.contains("'x'"), dotnet);
+        QCOMPARE(project.contains("'../dotnet/w'"), wrapper);
     }
 
-    void stopsWhereItIsAborted()
+    void adaptsWhatItCopiedBeforeAnAbort()
     {
         for (int entries = 0; entries <= 4; ++entries) {
             const Sdk sdk;
             QCOMPARE(run(sdk, false, false, entries).size(), entries);
-            const Tree copied = readTree(sdk.destination);
-            QCOMPARE(copied.size(), entries);
-            // What was copied is adapted all the same.
-            QCOMPARE(copied.value(u"CMakeLists.txt"_s, sdk.cmakeLists), sdk.cmakeLists);
+            QCOMPARE(sdk.copy().size(), entries);
+            const QByteArray adapted = "set(ZUVYSDKDIR \"" + sdk.path("sdk/").toUtf8() + "\")";
+            QCOMPARE(sdk.copy().value(u"CMakeLists.txt"_s, adapted), adapted);
+            QVERIFY(run(sdk, true, false, 0).isEmpty());
+            QVERIFY(sdk.copy()[u"dotnet.sln"_s].endsWith("\r\n"));
         }
     }
 
     void copiesWhatItCan()
     {
-        Sdk sdk;
-        sdk.destination += QChar(0xd800); // no Unicode
-        QVERIFY(QFile::link(u"/dev/zero"_s, sdk.samples + u"/a/zero"_s));
-        const Report report = run(sdk);
-        QCOMPARE(report.size(), 5);
-        QCOMPARE(report.last().second, 1.0);
-        QCOMPARE(readTree(sdk.destination).size(), 4);
+        const Sdk sdk;
+        QVERIFY(QFile::link(u"/dev/zero"_s, sdk.path("sdk/samples/zero")));
+        QCOMPARE(run(sdk).size(), 5);
+        QCOMPARE(sdk.copy().size(), 4);
     }
 
-    void leavesADestinationAloneThatHoldsASource()
+    void makesTheCopyOfAReadOnlyFileWritable()
+    {
+        const Sdk sdk;
+        run(sdk);
+        QCOMPARE(QFile::permissions(sdk.path("my côpy/a/b/c")) & Modes(0x7077), Modes(0x7055));
+    }
+
+    void leavesAloneWhatIsNoCopy()
     {
         Sdk sdk;
-        QVERIFY(QFile::link(sdk.root.filePath(u"sdk"_s), sdk.root.filePath(u"link"_s)));
-        const Tree before = readTree(sdk.root.path());
-        for (const char* name : {"sdk/bin", "sdk/samples/a", "sdk/samples",
-                                 "sdk/samples/../../sdk/", ".", "link", "link/../sdk", ""}) {
-            sdk.destination = *name ? sdk.root.filePath(QLatin1String(name)) : QString();
-            QVERIFY2(run(sdk).isEmpty(), name);
-            QCOMPARE(readTree(sdk.root.path()), before);
+        setHome(sdk.path("u/home"));
+        writeFile(sdk.path("links/"));
+        QVERIFY(QFile::link(u"../sdk"_s, sdk.path("links/sdk")));
+        QVERIFY(QFile::link(u"../sdk/samples/a/b"_s, sdk.path("links/b")));
+        QVERIFY(QFile::link(u"loop"_s, sdk.path("loop")));
+        const SdkLayout layout{sdk.path("links/sdk/samples")};
+        QVERIFY(IsLeftAlone({}, layout));
+        using Paths = QStandardPaths;
+        QVERIFY(IsLeftAlone(Paths::writableLocation(Paths::MoviesLocation), layout));
+        QVERIFY(IsLeftAlone(sdk.samples + QChar(0xd800), layout)); // no Unicode
+        for (const char* path :
+             {".", "sdk/samples/a", "sdk/bin", "sdk/lib", "sdk/dotnet", "links", "links/b", "loop",
+              "/dev", "u", "u/home", "u/home/Desktop", "u/home/Documents", "u/home/Downloads",
+              "u/home/Music", "u/home/Pictures"})
+            QVERIFY2(IsLeftAlone(sdk.path(path), layout), path);
+        for (const char* path : {"sdk/samples/new", "u/home/Documents/new"})
+            QVERIFY2(!IsLeftAlone(sdk.path(path), layout), path);
+
+        sdk.destination = sdk.samples;
+        const Tree before = sdk.copy();
+        QVERIFY(run(sdk).isEmpty());
+        QCOMPARE(sdk.copy(), before);
+    }
+
+    void copiesNothingWhereALinkStays()
+    {
+        for (const QByteArray stays : {"file", "link", "hard link", "unreadable folder"}) {
+            const Sdk sdk;
+            const QString old = sdk.path("my côpy/old"), link = old + u"/link"_s;
+            QVERIFY(stays != "link" || QFile::link(sdk.file, link));
+            QVERIFY(stays != "hard link" || ::link(qPrintable(sdk.file), qPrintable(link)) == 0);
+            QFile::setPermissions(old, Modes(stays[0] == 'u' ? 0 : 0x5000));
+            QCOMPARE(run(sdk).isEmpty(), stays != "file");
+            QCOMPARE(QFile::permissions(sdk.file) & Modes(0x7077), Modes(0x5055));
+            QFile::setPermissions(old, Modes(0x7000));
         }
     }
 };

@@ -1,42 +1,45 @@
 #include "copy/list/walk.h"
 
-#include "tests/table.h"
+#include "tests/tree.h"
+
+#include <QTest>
 
 class TestWalk : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void listsWhatIsToBeCopied_data()
-    {
-        addCases(QFINDTESTDATA("data/walks.txt"), {"include", "exclude", "listed"});
-    }
-
     void listsWhatIsToBeCopied()
     {
-        QFETCH(QByteArray, include);
-        QFETCH(QByteArray, exclude);
         const QTemporaryDir folder;
-        for (const QString& path : {u"Foo/doc/x"_s, u"Foo/z/d/y"_s, u"doc/é ü"_s, u"Doc/"_s,
-                                    u"a&b"_s, u".hidden/x"_s, u"Foo/.gitignore"_s})
-            writeFile(folder.filePath(path));
-        for (const auto& [link, target] : {std::pair(u"to x"_s, u"Foo/doc/x"_s),
-                                           {u"Foo/to z"_s, u"z"_s},
-                                           {u"broken"_s, u"none"_s}})
-            QVERIFY(QFile::link(target, folder.filePath(link)));
+        for (const char* path : {"Foo/doc/é", "doc/x", "Doc/", ".hidden/x", "Foo/.git"})
+            writeFile(folder.filePath(QString::fromUtf8(path)));
+        QVERIFY(QFile::link(u"doc"_s, folder.filePath(u"link"_s)));
+        QVERIFY(QFile::link(u"none"_s, folder.filePath(u"broken"_s)));
         makePipe(folder.filePath(u"pipe"_s));
-
-        Names items;
-        const auto names = [](const QByteArray& text) {
-            return QString::fromUtf8(text).split(u'\n', Qt::SkipEmptyParts);
+        const auto listed = [&](const Names& include, const Names& exclude) {
+            Names items;
+            Walk(items, {}, folder.filePath(u"missing"_s), include, exclude);
+            Walk(items, {}, folder.path(), include, exclude);
+            items.sort();
+            return items.join(u' ');
         };
-        Walk(items, {}, folder.filePath(u"missing"_s), names(include), names(exclude));
-        Walk(items, {}, folder.path(), names(include), names(exclude));
-        // A folder comes directly before its contents.
-        for (int i = 1; i < items.size(); ++i)
-            QVERIFY(items[i - 1].startsWith(items[i].section(u'/', 0, -2)));
-        items.sort();
-        QTEST(items.join(u'\n').toUtf8(), "listed");
+        const QString foo = u"/Foo /Foo/doc /Foo/doc/é"_s;
+        QCOMPARE(listed({}, {}), u"/Doc "_s + foo + u" /doc /doc/x /link /link/x"_s);
+        QCOMPARE(listed({}, {u"doc"_s, u"lin"_s, u"é"_s}), u"/Doc "_s + foo + u" /link /link/x"_s);
+        QCOMPARE(listed({u"Foo"_s, u"doC"_s, u"link2"_s, u"doc"_s}, {u"doc"_s}), foo);
+    }
+
+    void keepsTheOrderOfTheFileSystem()
+    {
+        const QTemporaryDir folder;
+        for (const QChar name : u"hcabegfd"_s)
+            writeFile(folder.filePath(name));
+        Names items, expected;
+        Walk(items, {}, folder.path(), {}, {});
+        for (QDirIterator entries(folder.path(), QDir::Files); entries.hasNext();)
+            expected += entries.next().sliced(folder.path().size());
+        QCOMPARE(items, expected);
     }
 };
 

@@ -6,7 +6,7 @@
 void Walk(QList<QString>& out, QString relativePrefix, QString directory,
           const QList<QString>& includeNames, const QList<QString>& excludeNames)
 {
-    // As an argument, `NoSort` means the sort order of the QDir, which is by name if not set.
+    // Passed to entryInfoList, `NoSort` means the QDir's own order, which is by name unless set.
     const QDir folder(directory, {}, QDir::NoSort);
     const auto filters = QDir::Dirs | QDir::Files | QDir::Drives | QDir::NoDotAndDotDot;
     for (const QFileInfo& entry : folder.entryInfoList(filters, QDir::NoSort)) {

@@ -3,12 +3,12 @@
 #include <QList>
 #include <QString>
 
-// Appends every file and folder below `directory` to `out` in pre-order, each as `relativePrefix`
-// + "/" + its path relative to `directory`. Siblings come in no promised order.
+// Appends every file and folder below `directory` to `out` in pre-order, siblings in the order of
+// the file system, each as `relativePrefix` + "/" + its path relative to `directory`.
 //
-// Hidden entries, special files and broken links are left out; links count as their targets.
-// A non-empty `includeNames` takes only the named top-level entries; `excludeNames` drops named
-// top-level entries and wins over `includeNames`. Names compare whole and case-sensitively.
+// Hidden entries, special files and broken links are left out; links count as their targets. If
+// `includeNames` is not empty, only top-level entries with these names are listed; those in
+// `excludeNames` never are. Names compare whole and case-sensitively.
 //
 // An unreadable or missing `directory` adds nothing. Link cycles are not looked for. May be called
 // on any thread.

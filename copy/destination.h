@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+struct SdkLayout;
+
+// Whether a copy must leave the folder `destination` alone because more than an old copy could be
+// lost. True for an empty path, and for a folder that
+// - is, holds or lies in a folder of `sdk` to copy from, though a new one may lie there;
+// - is or holds the home folder or one of the user's standard folders (documents, pictures, ...);
+// - is or holds a mount point.
+// Neither links nor the spelling of a path hide any of this. True also if it cannot be found out.
+bool IsLeftAlone(const QString& destination, const SdkLayout& sdk);
+
+// Removes the folder `destination`, which is not to be left alone, with all its contents as far as
+// possible, and makes it anew. Of a link to a folder, the contents go and the link stays.
+//
+// Returns false if what could not be removed might lead a copy elsewhere: a link, a file with more
+// than one hard link, a mount point, or what cannot be looked at.
+bool ClearDestination(const QString& destination);
