@@ -1,0 +1,88 @@
+"""What a user does with samples: copies them in the window, builds the copy and runs it."""
+
+import hashlib
+import os
+import shutil
+import subprocess
+
+from desktop import wait
+
+CMAKE_BOX = "Run CMake-GUI after copying to generate buildable projects."
+WRAPPER_BOX = "Copy .NET wrapper so it can also be modified."
+SOLUTION_BOX = "Open the solution after copying."
+
+
+def run(*command, cwd=None):
+    """Runs a build step or a built program and returns what it prints."""
+    result = subprocess.run(
+        [str(part) for part in command],
+        cwd=cwd,
+        check=False,
+        stdout=subprocess.PIPE,
+        stderr=subprocess.STDOUT,
+        text=True,
+        errors="replace",
+    )
+    if result.returncode:
+        raise RuntimeError(f"{command} failed:\n{result.stdout}")
+    return result.stdout
+
+
+def fingerprint(folder):
+    """The mode, time and content of everything in a folder, by path."""
+    found = {}
+    for path in [folder, *folder.rglob("*")]:
+        stat = path.lstat()
+        if path.is_symlink():
+            content = os.readlink(path)
+        else:
+            content = path.is_file() and hashlib.sha256(path.read_bytes()).digest()
+        found[path] = stat.st_mode, stat.st_mtime_ns, content
+    return found
+
+
+def copy(window, boxes, screenshot=None):
+    """Toggles the boxes, copies, closes the window and returns the done message."""
+    for box in boxes:
+        window.click("check box", box)
+    window.click("push button", "Copy")
+    ended = lambda: window.process.poll() is not None or window.find("dialog", "Copy Done")
+    wait(ended, "end of the copy", 3600)
+    message = window.message()
+    if screenshot:
+        window.screenshot(screenshot)
+    window.key("Return")
+    if status := window.status():
+        raise RuntimeError(f"the program ended with status {status}")
+    return message
+
+
+def build_cmake(folder):
+    run("cmake", "-S", folder, "-B", folder / "build")
+    run("cmake", "--build", folder / "build")
+
+
+def run_cmake(folder):
+    """What each sample of the built example SDK prints, by name."""
+    build = folder / "build"
+    samples = sorted(path.parent.name for path in folder.glob("*/CMakeLists.txt"))
+    return {name: run(build / name / name, cwd=build) for name in samples}
+
+
+def solution_builder():
+    """The command that builds solutions here, or None."""
+    for command in (["dotnet", "msbuild"], ["msbuild"], ["xbuild"]):
+        if shutil.which(command[0]):
+            return command
+    return None
+
+
+def build_dotnet(folder, configuration):
+    options = ["/nologo", "/v:m", f"/p:Configuration={configuration}"]
+    run(*solution_builder(), *options, "dotnet.sln", cwd=folder)
+
+
+def run_dotnet(folder, configuration):
+    """What each sample of the built example SDK prints, by name."""
+    samples = sorted(path.stem for path in folder.glob("*/*.csproj"))
+    return {name: run("mono", folder / "bin" / configuration / f"{name}.exe") for name in samples}
