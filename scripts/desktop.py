@@ -128,34 +128,3 @@ class Program:
         return subprocess.run(
             ["xdotool", *arguments], check=True, capture_output=True, text=True
         ).stdout
-
-
-def run(*command, cwd=None):
-    """Runs a build step or a built program and returns what it prints."""
-    result = subprocess.run(
-        [str(part) for part in command],
-        cwd=cwd,
-        check=False,
-        stdout=subprocess.PIPE,
-        stderr=subprocess.STDOUT,
-        text=True,
-    )
-    if result.returncode:
-        raise RuntimeError(f"{command} failed:\n{result.stdout}")
-    return result.stdout
-
-
-def build_cmake(folder):
-    """Builds the copied CMake samples and returns what each prints, by name."""
-    build = folder / "build"
-    run("cmake", "-S", folder, "-B", build)
-    run("cmake", "--build", build)
-    samples = sorted(path.parent.name for path in folder.glob("*/CMakeLists.txt"))
-    return {name: run(build / name / name, cwd=build) for name in samples}
-
-
-def build_dotnet(folder, configuration):
-    """Builds the copied solution and returns what each project prints, by name."""
-    run("xbuild", "/nologo", "/v:m", "dotnet.sln", f"/p:Configuration={configuration}", cwd=folder)
-    samples = sorted(path.stem for path in folder.glob("*/*.csproj"))
-    return {name: run("mono", folder / "bin" / configuration / f"{name}.exe") for name in samples}

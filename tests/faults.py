@@ -10,7 +10,8 @@ import tempfile
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "scripts"))
-from desktop import Program, run, wait
+from desktop import Program, wait
+from samples import run
 
 # File systems that end with the tests. Root could read and write everything, so privileges go.
 SANDBOX = """
