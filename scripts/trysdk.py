@@ -25,8 +25,8 @@ from samples import (
 PLACEHOLDER = '#set(ZUVYSDKDIR "@PRJDUP_ZUVYSDKDIR@")'
 PROJECT_LINE = re.compile(r'Project\("[^"]*"\)[ =]*"[^"]*"[, ]*"([^"]*proj)"')
 ERROR = re.compile(r"\berror\b|undefined reference", re.IGNORECASE)
-# Elements and attributes that are no references or that every copy has anew.
-IGNORED = re.compile(r"(Link|OutputPath|BaseIntermediateOutputPath)\b|.* Condition$")
+# Elements and attributes that name no file that a build reads.
+IGNORED = re.compile(r"(Link|OutputPath|BaseIntermediateOutputPath|DocumentationFile)\b|.* Condition$")
 # A path that leads upward, "..".
 UPWARD = re.compile(r"""(?<![^\\/\s"'=)])\.\.(?![^\\/\s"'])""")
 
@@ -70,7 +70,9 @@ def lost_references(path, sdk, destination):
         parts = re.split(separators, new)
         here = [count(part, destination / path, destination) for part in parts]
         upward = [number for part, number in zip(parts, here) if UPWARD.search(part)]
-        if sum(here) < sum(there) or 0 in upward:
+        # What an item excludes stays relative when what it includes does not.
+        is_exclude = place in ("Compile Exclude", "None Exclude") and UPWARD.search(old)
+        if sum(here) < sum(there) or 0 in upward or is_exclude:
             yield line, place, old.strip()
 
 

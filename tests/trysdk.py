@@ -25,7 +25,7 @@ REFERENCES = r"""- <HintPath>..\not yet built</HintPath>
 - <Content Include="..\..\dotnet\A" />
 - <PostBuildEvent>cp $(ProjectDir)..\..\dotnet\A .</PostBuildEvent>
 - <Compile Include="..\..\dotnet\A;..\..\dotnet\A" />
-- <Compile Exclude="..\..\dotnet\A" />
+- <Compile Exclude="..\0\*" />
 - <None Include="$(ProjectDir)..\..\dotnet\A" />
 w <Compile Include="..\0\[a] b" />
 w <None Include="..\a" />
