@@ -84,7 +84,7 @@ QList<QString> MountPoints()
     if (!table.open(QIODevice::ReadOnly))
         return {};
     const QByteArray text = table.readAll();
-    if (table.error() != QFile::NoError)
+    if (table.error() != QFile::NoError || text.isEmpty())
         return {};
     QList<QString> points;
     // A line: id, parent, device, root, mount point, ...
