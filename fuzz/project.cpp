@@ -7,23 +7,26 @@
 extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size)
 {
     const QByteArray input(data, qsizetype(size));
-    const qsizetype end = input.contains('<') ? input.indexOf('<') : input.size();
+    const qsizetype end = (input + '<').indexOf('<');
+    const QByteArray solution = input.first(end);
+    const QByteArray project = input.sliced(end);
     static const QTemporaryDir root;
-    const Tree sdk = {
-        {u"dotnet.sln"_s, input.first(end)}, {u"P/"_s, {}}, {u"P/P.csproj"_s, input.sliced(end)}};
-    writeTree(root.filePath(u"sdk"_s), sdk);
+    const QString sdk = root.filePath(u"sdk"_s);
+    const QString copy = root.filePath(u"copy"_s);
+    writeFile(sdk + u"/dotnet.sln"_s, solution);
+    writeFile(sdk + u"/P/P.csproj"_s, project);
     Names names;
-    GetDotnetDirs(names, root.filePath(u"sdk"_s));
-    Q_ASSERT(names.size() <= input.count("Project("));
+    GetDotnetDirs(names, sdk);
+    Q_ASSERT(names.size() <= solution.count("Project("));
 
     for (const bool copyWrapper : {false, true}) {
-        writeTree(root.filePath(u"copy"_s), {{u"P/P.csproj"_s, "copied"}});
-        Q_ASSERT(FilterSln(root.filePath(u"sdk/dotnet.sln"_s), root.filePath(u"copy"_s), true,
-                           copyWrapper));
-        Q_ASSERT(readTree(root.filePath(u"sdk"_s)) == sdk);
-        Q_ASSERT(readTree(root.path()).size() == 2 + 2 * sdk.size());
-        const QString project = root.filePath(u"copy/P/P.csproj"_s);
-        Q_ASSERT(readFile(project) == "copied" || kvo::CXMLFile().Load(project.toStdString()));
+        writeFile(copy + u"/P/P.csproj"_s, "copied");
+        Q_ASSERT(FilterSln(sdk + u"/dotnet.sln"_s, copy, true, copyWrapper));
+        Tree tree = readTree(root.path());
+        Q_ASSERT(tree.size() == 8);
+        Q_ASSERT(tree[u"sdk/dotnet.sln"_s] == solution && tree[u"sdk/P/P.csproj"_s] == project);
+        Q_ASSERT(tree[u"copy/P/P.csproj"_s] == "copied" ||
+                 kvo::CXMLFile().Load((copy + u"/P/P.csproj"_s).toStdString()));
     }
     return 0;
 }

@@ -20,7 +20,7 @@
 using Names = QList<QString>;
 using Qt::StringLiterals::operator""_s;
 
-// A folder's files by relative path, with their contents; a path that ends in "/" is a folder.
+// Files by relative path, with their contents; a path that ends in "/" is a folder.
 using Tree = QMap<QString, QByteArray>;
 
 inline QByteArray readFile(const QString& path)
@@ -29,7 +29,7 @@ inline QByteArray readFile(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
 }
 
-// Makes the folders above it too; a path that ends in "/" is one more.
+// Makes folders too: those above, and a path that ends in "/".
 inline void writeFile(const QString& path, const QByteArray& content = {})
 {
     QDir().mkpath(path.section(u'/', 0, -2));
@@ -54,17 +54,19 @@ inline void writeTree(const QString& root, const Tree& tree)
 inline Tree readTree(const QString& root)
 {
     Tree tree;
-    const auto filters = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
-    for (QDirIterator entries(root, filters, QDirIterator::Subdirectories); entries.hasNext();) {
-        const QFileInfo entry(entries.next());
-        const QString path = QDir(root).relativeFilePath(entry.filePath());
-        tree.insert(entry.isDir() ? path + u'/' : path,
-                    entry.isDir() ? QByteArray() : readFile(entry.filePath()));
+    const auto all = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+    for (QDirIterator entries(root, all, QDirIterator::Subdirectories); entries.hasNext();) {
+        const QString path = entries.next();
+        const QString name = QDir(root).relativeFilePath(path);
+        if (entries.fileInfo().isDir())
+            tree[name + u'/'];
+        else
+            tree[name] = readFile(path);
     }
     return tree;
 }
 
-// Does what `write` does while no file can grow beyond 100 kB.
+// Calls `write` while no file can grow beyond 100 kB.
 template <typename Function>
 void writeWithLimit(Function write)
 {
@@ -87,7 +89,7 @@ inline void obeyModes()
 #endif
 }
 
-// Makes `path` the home folder that Qt's standard paths lie in, whatever the user has configured.
+// Puts Qt's standard paths into `path`, whatever the user has configured.
 inline void setHome(const QString& path)
 {
     qputenv("HOME", path.toUtf8());
