@@ -34,7 +34,8 @@ public:
         std::vector<std::pair<std::string, std::string>> m_items;
     };
 
-    // An element. It stays valid until it or an element around it is removed.
+    // An element, valid until it or one around it is removed, or the document is loaded or
+    // destroyed.
     //
     // Save writes what has changed in `value` and `attributes`; a character that XML does not
     // allow is written as U+FFFD. A changed name is written for an inserted element only.
@@ -59,9 +60,10 @@ public:
 
         std::string name;
         // The character data, references resolved and line ends as LF. Comments and processing
-        // instructions in it outlive a change, CDATA sections and entity references do not. An
-        // element that had child elements as it was loaded has an empty value; one assigned is
-        // put before those that are left, or takes the place of all character data.
+        // instructions in it outlive a change, CDATA sections and entity references do not.
+        // An element with child elements loads with an empty value, whatever text is around them.
+        // A value assigned to it is written before that text or, once all these children have been
+        // removed, in place of it.
         std::string value;
         CAttribArray attributes;
 
@@ -79,8 +81,13 @@ public:
         CNode* m_next = nullptr;
         CNode* m_previous = nullptr;
 
-        // What was loaded, and where it stands in the text. The content of <a/> is empty, at its
-        // end.
+        // What was loaded, and where it is in the text, all zero for an inserted element:
+        //
+        //     <a b="c"> content </a>        <a b="c" />
+        //     |        |        |   |       |          |
+        //     m_begin  |        |   m_end   m_begin    m_content, m_contentEnd, m_end
+        //              |        m_contentEnd
+        //              m_content
         std::string m_loadedValue;
         CAttribArray m_loadedAttributes;
         std::ptrdiff_t m_begin = 0;
@@ -112,7 +119,6 @@ public:
 
 private:
     struct Document;
-    class Writer;
     std::unique_ptr<Document> m_document; // never null
     CNode* m_current = nullptr;
 };

@@ -5,6 +5,9 @@
 
 #include <algorithm>
 
+using Qt::StringLiterals::operator""_ba;
+using Qt::StringLiterals::operator""_s;
+
 namespace kvo {
 
 namespace {
@@ -16,25 +19,15 @@ QByteArray DeclaredEncoding(const QByteArray& bytes)
     QXmlStreamReader reader(QString::fromLatin1(bytes.left(1024)));
     reader.readNext();
     const QByteArray name = reader.documentEncoding().toLatin1();
-    return name.isEmpty() ? QByteArrayLiteral("UTF-8") : name;
+    return name.isEmpty() ? "UTF-8"_ba : name;
 }
 
-bool IsXmlChar(char32_t c)
+bool IsForbidden(QChar c)
 {
-    return c >= 0x20 ? c != 0xFFFE && c != 0xFFFF : c == '\t' || c == '\n' || c == '\r';
-}
-
-bool IsSpace(QChar c)
-{
-    return c == u' ' || c == u'\t';
+    return c < u' ' ? !spaces.contains(c) : c > u'\xFFFD';
 }
 
 } // namespace
-
-bool IsBlank(QChar c)
-{
-    return IsSpace(c) || c == u'\r' || c == u'\n';
-}
 
 bool CXMLText::Decode(const QByteArray& bytes)
 {
@@ -49,9 +42,9 @@ bool CXMLText::Decode(const QByteArray& bytes)
         m_text.remove(0, 1);
         m_mark = QStringConverter::Flag::WriteBom;
     }
-    static const QRegularExpression lineEnd(QStringLiteral("\r\n?|\n"));
+    static const QRegularExpression lineEnd(u"\r\n?|\n"_s);
     const auto match = lineEnd.match(m_text);
-    m_lineEnd = match.hasMatch() ? match.captured() : QStringLiteral("\n");
+    m_lineEnd = match.hasMatch() ? match.captured() : u"\n"_s;
     // A reader would take a second mark for the first one.
     return !m_text.startsWith(byteOrderMark) && Encode(m_text) == bytes;
 }
@@ -63,21 +56,16 @@ std::optional<QByteArray> CXMLText::Encode(const QString& text) const
     return encoder.hasError() ? std::nullopt : std::optional(bytes);
 }
 
-QStringView CXMLText::Piece(qsizetype begin, qsizetype end) const
+qsizetype CXMLText::SpaceBefore(qsizetype position) const
 {
-    return QStringView(m_text).sliced(begin, end - begin);
-}
-
-qsizetype CXMLText::BlanksBefore(qsizetype position) const
-{
-    while (position > 0 && IsBlank(m_text[position - 1]))
+    while (position > 0 && spaces.contains(m_text[position - 1]))
         --position;
     return position;
 }
 
-qsizetype CXMLText::SpacesAfter(qsizetype position) const
+qsizetype CXMLText::BlanksAfter(qsizetype position) const
 {
-    while (IsSpace(m_text[position]))
+    while (blanks.contains(m_text[position]))
         ++position;
     return position;
 }
@@ -85,63 +73,68 @@ qsizetype CXMLText::SpacesAfter(qsizetype position) const
 QString CXMLText::Lead(qsizetype position) const
 {
     qsizetype line = position;
-    while (line > 0 && IsSpace(m_text[line - 1]))
+    while (line > 0 && blanks.contains(m_text[line - 1]))
         --line;
-    if (line > 0 && !IsBlank(m_text[line - 1]))
+    if (line > 0 && !lineEnds.contains(m_text[line - 1]))
         return {};
     return m_lineEnd + m_text.mid(line, position - line);
 }
 
-QStringView CXMLText::Name(qsizetype tag) const
+QString CXMLText::Name(qsizetype tag) const
 {
     qsizetype end = tag + 1;
-    while (!IsBlank(m_text[end]) && m_text[end] != u'/' && m_text[end] != u'>')
+    while (!spaces.contains(m_text[end]) && m_text[end] != u'/' && m_text[end] != u'>')
         ++end;
-    return Piece(tag + 1, end);
+    return m_text.mid(tag + 1, end - tag - 1);
 }
 
-CXMLText::Span CXMLText::NextValue(qsizetype position) const
+std::pair<qsizetype, qsizetype> CXMLText::NextValue(qsizetype position) const
 {
     qsizetype quote = m_text.indexOf(u'=', position) + 1;
-    while (IsBlank(m_text[quote]))
+    while (spaces.contains(m_text[quote]))
         ++quote;
     return {quote + 1, m_text.indexOf(m_text[quote], quote + 1)};
 }
 
 qsizetype CXMLText::DataEnd(qsizetype position, qsizetype limit) const
 {
-    while ((position = m_text.indexOf(u'<', position)) < limit && At(position, u"<![CDATA["))
-        position = m_text.indexOf(u"]]>", position) + 3;
+    while ((position = m_text.indexOf(u'<', position)) < limit && MarkupEnd(position) == position)
+        position = At(position, u"<![CDATA[") ? m_text.indexOf(u"]]>", position) : position + 1;
     return std::min(position, limit);
 }
 
 qsizetype CXMLText::MarkupEnd(qsizetype position) const
 {
-    return At(position, u"<?") ? m_text.indexOf(u"?>", position + 2) + 2
-                               : m_text.indexOf(u"-->", position + 4) + 3;
+    for (;;) {
+        if (At(position, u"<!--"))
+            position = m_text.indexOf(u"-->", position + 4) + 3;
+        else if (At(position, u"<?"))
+            position = m_text.indexOf(u"?>", position + 2) + 2;
+        else
+            return position;
+    }
 }
 
 QString CXMLText::Escaped(const std::string& utf8, char16_t quote) const
 {
+    QString text = QString::fromStdString(utf8);
+    std::replace_if(text.begin(), text.end(), IsForbidden, QChar::ReplacementCharacter);
+    const bool hasAll = Encode(text).has_value();
     QString escaped;
-    for (const char32_t c : QString::fromStdString(utf8).toStdU32String())
-        escaped += Escaped(IsXmlChar(c) ? c : U'\uFFFD', quote);
-    return quote ? escaped : escaped.replace(QStringLiteral("]]>"), QStringLiteral("]]&gt;"));
-}
-
-QString CXMLText::Escaped(char32_t c, char16_t quote) const
-{
-    if (c == '&')
-        return QStringLiteral("&amp;");
-    if (c == '<')
-        return QStringLiteral("&lt;");
-    if (c == '\n' && !quote)
-        return m_lineEnd;
-    QString character = QString::fromUcs4(&c, 1);
-    if ((c < ' ' && (quote || c != '\t')) || (quote && c == quote) ||
-        (c > '~' && !Encode(character)))
-        return QStringLiteral("&#%1;").arg(c);
-    return character;
+    for (const char32_t c : text.toStdU32String()) {
+        const QString character = QString::fromUcs4(&c, 1);
+        if (c == '&')
+            escaped += u"&amp;"_s;
+        else if (c == '<')
+            escaped += u"&lt;"_s;
+        else if (c == '\n' && !quote)
+            escaped += m_lineEnd;
+        else if ((c < ' ' && (quote || c != '\t')) || c == quote || !(hasAll || Encode(character)))
+            escaped += u"&#%1;"_s.arg(c);
+        else
+            escaped += character;
+    }
+    return quote ? escaped : escaped.replace(u"]]>"_s, u"]]&gt;"_s);
 }
 
 bool CXMLText::At(qsizetype position, QStringView what) const

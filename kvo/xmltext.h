@@ -11,50 +11,48 @@
 
 namespace kvo {
 
-// Whether the character is white space to XML.
-bool IsBlank(QChar c);
+// What XML counts as white space.
+inline constexpr QStringView blanks = u" \t";
+inline constexpr QStringView lineEnds = u"\r\n";
+inline constexpr QStringView spaces = u" \t\r\n";
 
-// The text of an XML file, without its byte order mark, and where things stand in it. The functions
-// that take a position rely on the text being well-formed.
+// The text of an XML file, without its byte order mark, and where things are in it. Positions that
+// functions take must be what their names say, in a well-formed text. Part of CXMLFile; not for
+// callers.
 class CXMLText
 {
 public:
-    using Span = std::pair<qsizetype, qsizetype>; // where a piece begins and ends
-
-    // Takes the bytes of a file. False when its encoding is unknown or does not give the same
-    // bytes again.
+    // Takes the bytes of a file. False if its encoding is unknown or does not give the same bytes
+    // again.
     bool Decode(const QByteArray& bytes);
     // The text in the encoding of the file, with the byte order mark if the file had one; nothing
-    // when the encoding lacks one of the characters.
+    // if the encoding lacks one of the characters.
     std::optional<QByteArray> Encode(const QString& text) const;
 
     const QString& Text() const { return m_text; }
-    QStringView Piece(qsizetype begin, qsizetype end) const;
-
     // Where the white space that ends at the position begins.
-    qsizetype BlanksBefore(qsizetype position) const;
-    // Where the spaces and tabs that begin at the position end.
-    qsizetype SpacesAfter(qsizetype position) const;
-    // The line end and indentation of what stands at the position; empty when it is not the
-    // first on its line.
+    qsizetype SpaceBefore(qsizetype position) const;
+    // Where the blanks that begin at the position end.
+    qsizetype BlanksAfter(qsizetype position) const;
+    // The line end and indentation before the position; empty if it is not the first on its line.
     QString Lead(qsizetype position) const;
-    // The name in the start tag.
-    QStringView Name(qsizetype tag) const;
-    // The value of the next attribute, from the end of the start tag's name or of the attribute
-    // before.
-    Span NextValue(qsizetype position) const;
-    // Where the character data at the position ends: at a comment or processing instruction, or
-    // at the limit.
+    // The name in the start tag that begins at `tag`.
+    QString Name(qsizetype tag) const;
+    // Where the value of the first attribute after the position, without its quotes, begins and
+    // ends; the position is the end of the name of a start tag or of another attribute.
+    std::pair<qsizetype, qsizetype> NextValue(qsizetype position) const;
+    // The next comment or processing instruction from the position on, or the limit.
     qsizetype DataEnd(qsizetype position, qsizetype limit) const;
-    // Where the comment or processing instruction at the position ends.
+    // Where the comments and processing instructions that begin at the position end; the position
+    // itself if there are none.
     qsizetype MarkupEnd(qsizetype position) const;
 
-    // The UTF-8 as character data, or as an attribute value within the given quotes.
+    // The UTF-8 as character data or, if `quote` is given, as an attribute value within such
+    // quotes.
     QString Escaped(const std::string& utf8, char16_t quote = 0) const;
 
 private:
     bool At(qsizetype position, QStringView what) const;
-    QString Escaped(char32_t c, char16_t quote) const;
 
     QByteArray m_encoding;
     QStringConverter::Flag m_mark = QStringConverter::Flag::Default;

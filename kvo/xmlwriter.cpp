@@ -1,0 +1,184 @@
+#include "kvo/edits.h"
+#include "kvo/xmldocument.h"
+
+#include <algorithm>
+#include <map>
+
+using Qt::StringLiterals::operator""_s;
+
+namespace kvo {
+
+// Finds what differs between the tree and the text.
+class CXMLFile::Document::Writer
+{
+public:
+    explicit Writer(const Document& document)
+        : m_document(document)
+        , m_source(document.source)
+    {}
+
+    QString Edited()
+    {
+        TakeOutRemoved();
+        for (const CNode* node = m_document.root.get(); node; node = Following(node)) {
+            EditAttributes(*node);
+            EditContent(*node);
+        }
+        return m_edits.Applied(m_source.Text());
+    }
+
+private:
+    // The next loaded element in the order of the file; inserted siblings come after loaded ones.
+    static const CNode* Following(const CNode* node)
+    {
+        if (node->HasLoadedChild())
+            return node->m_child;
+        while (node && !(node->m_next && node->m_next->IsLoaded()))
+            node = node->m_parent;
+        return node ? node->m_next : nullptr;
+    }
+
+    void EditAttributes(const CNode& node)
+    {
+        const auto& items = node.attributes.m_items;
+        const auto& loaded = node.m_loadedAttributes.m_items;
+        if (items == loaded)
+            return;
+        qsizetype position = node.m_begin + 1 + m_source.Name(node.m_begin).size();
+        auto now = items.begin();
+        // Attributes are only removed, or added at the end, so one pass finds which are which.
+        for (const auto& [name, value] : loaded) {
+            const auto [begin, end] = m_source.NextValue(position);
+            if (now == items.end() || now->first != name) {
+                m_edits.Replace(position, end + 1);
+            } else {
+                if (now->second != value)
+                    m_edits.Replace(begin, end,
+                                    m_source.Escaped(now->second, m_source.Text()[end].unicode()));
+                ++now;
+            }
+            position = end + 1;
+        }
+        for (; now != items.end(); ++now)
+            m_edits.Replace(position, position, Attribute(*now));
+    }
+
+    void EditContent(const CNode& node)
+    {
+        const bool changed = node.value != node.m_loadedValue;
+        const bool grown = node.m_lastChild && !node.m_lastChild->IsLoaded();
+        if (!changed && !grown)
+            return;
+        const qsizetype end = changed && !node.HasLoadedChild()
+                                  ? node.m_contentEnd
+                                  : m_source.SpaceBefore(node.m_contentEnd);
+        const QString added = grown ? AddedChildren(node, end) : QString();
+        if (node.m_content == node.m_end) {
+            m_edits.Replace(m_source.SpaceBefore(node.m_end - 2), node.m_end,
+                            u'>' + m_source.Escaped(node.value) + added + u"</"_s +
+                                m_source.Name(node.m_begin) + u'>');
+            return;
+        }
+        if (changed)
+            ReplaceValue(node);
+        m_edits.Replace(end, end, added);
+    }
+
+    void ReplaceValue(const CNode& node)
+    {
+        // Nothing that was removed can begin before this position and end after it.
+        qsizetype position = m_source.MarkupEnd(node.m_content);
+        m_edits.Replace(position, position, m_source.Escaped(node.value));
+        while (!node.HasLoadedChild() && position < node.m_contentEnd) {
+            const qsizetype end = m_source.DataEnd(position, node.m_contentEnd);
+            m_edits.Replace(position, end);
+            position = m_source.MarkupEnd(end);
+        }
+    }
+
+    // A whole line goes with the white space before it. What else is on a line stays where it is,
+    // and no words are joined.
+    void TakeOutRemoved()
+    {
+        std::map<qsizetype, qsizetype> removed; // where they begin and end
+        for (const auto& node : m_document.removed) {
+            if (node->IsLoaded())
+                removed.emplace(node->m_begin, node->m_end);
+        }
+        for (auto next = removed.begin(); next != removed.end();) {
+            const qsizetype begin = next->first;
+            qsizetype end = begin;
+            qsizetype after = begin;
+            for (; next != removed.end() && next->first <= after; ++next) {
+                end = std::max(end, next->second);
+                after = m_source.BlanksAfter(end);
+            }
+            const bool endsLine = lineEnds.contains(m_source.Text()[after]);
+            m_edits.Replace(endsLine ? m_source.SpaceBefore(begin) : begin, end);
+            if (endsLine || spaces.contains(m_source.Text()[begin - 1]))
+                m_edits.Replace(end, after);
+        }
+    }
+
+    // The inserted children, to be put at `end`: each indented like the first loaded one or, if
+    // there is none, one level deeper than the parent.
+    QString AddedChildren(const CNode& parent, qsizetype end) const
+    {
+        const bool hasSibling = parent.HasLoadedChild();
+        const bool hasText = parent.value.find_first_not_of(" \t\r\n") != std::string::npos;
+        const CNode& model = hasSibling ? *parent.m_child : parent;
+        // Empty for elements that all stay on one line.
+        const QString line = hasText && !hasSibling ? QString() : m_source.Lead(model.m_begin);
+        const QString indent = line.isEmpty() ? QString() : Indent(model);
+        const QString lead = hasSibling ? line : line + indent;
+        QString added;
+        for (const CNode* node = parent.m_child; node; node = node->m_next) {
+            if (!node->IsLoaded())
+                added += Element(*node, lead, indent);
+        }
+        const QString rest = m_source.Text().mid(end, parent.m_contentEnd - end);
+        const bool endsLine = rest.contains(u'\r') || rest.contains(u'\n');
+        return line.isEmpty() || endsLine ? added : added + m_source.Lead(parent.m_begin);
+    }
+
+    // By how much the element is indented beyond its parent; for the top element, two spaces.
+    QString Indent(const CNode& node) const
+    {
+        const QString outer = node.m_parent ? m_source.Lead(node.m_parent->m_begin) : QString();
+        const QString inner = m_source.Lead(node.m_begin);
+        return !outer.isEmpty() && inner.startsWith(outer) ? inner.sliced(outer.size()) : u"  "_s;
+    }
+
+    // An inserted element with all below it; each begins with `lead`, which grows by `indent` a
+    // level.
+    QString Element(const CNode& node, const QString& lead, const QString& indent) const
+    {
+        const QString name = QString::fromStdString(node.name);
+        QString text = lead + u'<' + name;
+        for (const auto& attribute : node.attributes.m_items)
+            text += Attribute(attribute);
+        if (!node.m_child && node.value.empty())
+            return text + u" />"_s;
+        text += u'>' + m_source.Escaped(node.value);
+        for (const CNode* child = node.m_child; child; child = child->m_next)
+            text += Element(*child, lead + indent, indent);
+        return text + (node.m_child ? lead : QString()) + u"</"_s + name + u'>';
+    }
+
+    QString Attribute(const std::pair<std::string, std::string>& attribute) const
+    {
+        return u' ' + QString::fromStdString(attribute.first) + u"=\""_s +
+               m_source.Escaped(attribute.second, u'"') + u'"';
+    }
+
+    const Document& m_document;
+    const CXMLText& m_source;
+    CEdits m_edits;
+};
+
+QString CXMLFile::Document::Edited() const
+{
+    return Writer(*this).Edited();
+}
+
+} // namespace kvo
