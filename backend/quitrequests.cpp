@@ -30,8 +30,8 @@ int pipeEnds[2]; // never closed, as a signal may come at any time
 void noteSignal(int /*number*/)
 {
     const int error = errno;
-    if (!signalled.exchange(true))
-        static_cast<void>(::write(pipeEnds[1], "", 1));
+    if (!signalled.exchange(true)) [[maybe_unused]]
+        const auto written = ::write(pipeEnds[1], "", 1);
     errno = error;
 }
 

@@ -49,11 +49,9 @@ void CopyWorker::abort()
 
 void CopyWorker::run()
 {
-    if (IsLeftAlone(m_destination, SdkLayout{m_source}))
-        return;
     // Complete before the first copy, so that the progress has a fixed denominator.
     const QList<CopyFileEntry> entries = copyList();
-    if (!ClearDestination(m_destination))
+    if (IsLeftAlone(m_destination, SdkLayout{m_source}) || !ClearDestination(m_destination))
         return;
     copyEntries(entries);
     adaptCopy();

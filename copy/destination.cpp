@@ -58,15 +58,20 @@ bool holds(const QString& holder, const QString& path)
     return folder.empty() || liesIn(absolute(path), folder) || liesIn(resolved(path), folder);
 }
 
+// Names are compared regardless of case and of how they compose their characters, which not every
+// file system keeps.
 bool holdsMountPoint(const QString& path)
 {
-    QString folder = QFileInfo(resolved(path)).filePath();
-    if (!folder.endsWith(u'/'))
-        folder += u'/';
+    const auto comparable = [](QString name) {
+        name = name.normalized(QString::NormalizationForm_C).toCaseFolded();
+        return name.endsWith(u'/') ? name : name + u'/';
+    };
+    const fs::path folder = resolved(path);
+    const QString name = comparable(QFileInfo(folder).filePath());
     const QList<QString> points = MountPoints();
-    return points.isEmpty() || std::ranges::any_of(points, [&](const QString& point) {
-               return point.startsWith(folder, Qt::CaseInsensitive);
-           });
+    return folder.empty() || points.isEmpty() ||
+           std::ranges::any_of(
+               points, [&](const QString& point) { return comparable(point).startsWith(name); });
 }
 
 bool holdsUserFolder(const QString& path)
@@ -82,28 +87,40 @@ bool holdsUserFolder(const QString& path)
     });
 }
 
-// True for a link, a file with more than one hard link, and what cannot be looked at.
-bool leadsElsewhere(const fs::directory_entry& entry)
+// True for a link, a file with more than one hard link, and what cannot be looked at. Only some
+// types are told apart from links on every platform.
+bool leadsElsewhere(const fs::path& path, fs::file_status status)
 {
     std::error_code error;
-    return entry.is_symlink(error) || error || entry.hard_link_count(error) != 1;
+    return !(is_regular_file(status) || is_fifo(status) || is_socket(status)) ||
+           fs::hard_link_count(path, error) != 1;
 }
 
-// Removes what is in `folder`, as far as possible. Returns whether nothing that stays leads
-// elsewhere. QDir::removeRecursively would make what stays writable, through links too.
+bool removeContents(const fs::path& folder);
+
+// Removes the file, the link or the folder with its contents, as far as possible. Returns whether
+// nothing that stays leads elsewhere. QDir::removeRecursively would make what stays writable,
+// through links too.
+bool removeAll(const fs::path& path)
+{
+    std::error_code error;
+    if (fs::remove(path, error) || !error)
+        return true;
+    const fs::file_status status = fs::symlink_status(path, error);
+    if (!is_directory(status))
+        return !leadsElsewhere(path, status);
+    const bool isHarmless = removeContents(path);
+    return fs::remove(path, error) || isHarmless;
+}
+
 bool removeContents(const fs::path& folder)
 {
-    std::error_code error, failure;
-    bool harmless = true;
+    std::error_code error;
+    bool isHarmless = true;
     fs::directory_iterator entry(folder, error);
-    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
-        const bool isFolder =
-            !entry->is_symlink(failure) && !failure && entry->is_directory(failure);
-        const bool isEmptied = isFolder && removeContents(entry->path());
-        if (!fs::remove(entry->path(), failure) && failure)
-            harmless = harmless && (isFolder ? isEmptied : !leadsElsewhere(*entry));
-    }
-    return harmless && !error;
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error))
+        isHarmless = removeAll(entry->path()) && isHarmless;
+    return isHarmless && !error;
 }
 
 } // namespace
@@ -111,8 +128,9 @@ bool removeContents(const fs::path& folder)
 bool IsLeftAlone(const QString& destination, const SdkLayout& sdk)
 {
     std::error_code error;
-    const bool exists = fs::exists(absolute(destination), error);
-    return destination.isEmpty() || error || holdsUserFolder(destination) ||
+    const fs::path folder = absolute(destination);
+    const bool exists = fs::exists(folder, error);
+    return destination.isEmpty() || folder.empty() || error || holdsUserFolder(destination) ||
            (exists && holdsMountPoint(destination)) ||
            std::ranges::any_of(sdk.folders(), [&](const QString& folder) {
                return holds(destination, folder) || (exists && holds(folder, destination));
@@ -124,7 +142,7 @@ bool ClearDestination(const QString& destination)
     std::error_code error;
     const fs::path folder = absolute(destination);
     const fs::file_type type = fs::status(folder, error).type();
-    if (type == fs::file_type::none)
+    if (folder.empty() || type == fs::file_type::none)
         return false;
     if (type == fs::file_type::directory) {
         const bool isHarmless = removeContents(folder) && !holdsMountPoint(destination);

@@ -159,11 +159,23 @@ private slots:
         for (const QByteArray stays : {"file", "link", "hard link", "unreadable folder"}) {
             const Sdk sdk;
             const QString old = sdk.path("my côpy/old"), link = old + u"/link"_s;
+            const auto setModes = [&](Modes locked) {
+                for (int i = 0; i < 8; ++i)
+                    QFile::setPermissions(sdk.destination + u"/%1"_s.arg(i),
+                                          i % 2 ? locked : Modes(0x7000));
+            };
+            for (int i = 0; i < 8; ++i)
+                writeFile(sdk.destination + u"/%1/file"_s.arg(i));
+            setModes(Modes(0x5000));
             QVERIFY(stays != "link" || QFile::link(sdk.file, link));
             QVERIFY(stays != "hard link" || ::link(qPrintable(sdk.file), qPrintable(link)) == 0);
             QFile::setPermissions(old, Modes(stays[0] == 'u' ? 0 : 0x5000));
             QCOMPARE(run(sdk).isEmpty(), stays != "file");
             QCOMPARE(QFile::permissions(sdk.file) & Modes(0x7077), Modes(0x5055));
+            // What can be removed is gone, whatever stays beside it.
+            const Names left = QDir(sdk.destination).entryList({u"[0-9]"_s});
+            QCOMPARE(left.join(u' '), u"1 3 5 7"_s);
+            setModes(Modes(0x7000));
             QFile::setPermissions(old, Modes(0x7000));
         }
     }

@@ -7,7 +7,7 @@
 inline constexpr QLatin1StringView solutionName("dotnet.sln");
 
 // Where an SDK keeps what is copied. Made from the path of its samples folder, relative or
-// absolute, as in SdkLayout{"/sdk/samples"}; no path ends in "/".
+// absolute, as in SdkLayout{"/sdk/samples"}; no path but the root ends in "/".
 struct SdkLayout
 {
     QString samples;
