@@ -200,7 +200,6 @@ ApplicationWindow {
         text: qsTr("The folder %1 already exists. If you continue it will be removed, are you sure you want to continue.").arg(window.backend.destination)
         standardButtons: Dialog.Yes | Dialog.No
         firstButton: Dialog.No
-        onClosed: if (!window.backend.copying) copyButton.forceActiveFocus(Qt.TabFocusReason)
         onAccepted: window.backend.start()
     }
 
@@ -227,7 +226,6 @@ ApplicationWindow {
         text: message().arg(window.backend.destination)
         standardButtons: Dialog.Ok
         firstButton: Dialog.Ok
-        onClosed: copyButton.forceActiveFocus(Qt.TabFocusReason)
         onAccepted: window.close()
     }
 
@@ -236,14 +234,12 @@ ApplicationWindow {
     component PressKeys: Item {
         signal press
 
-        function take(event) {
+        Keys.onPressed: (event) => {
             const returns = event.key === Qt.Key_Return || event.key === Qt.Key_Enter
             event.accepted = returns || (event.key === Qt.Key_Space && event.isAutoRepeat)
-            return returns && !event.isAutoRepeat
+            if (returns && !event.isAutoRepeat)
+                press()
         }
-
-        Keys.onPressed: (event) => { if (take(event)) press() }
-        Keys.onReleased: (event) => take(event)
     }
 
     component PushButton: Button {
