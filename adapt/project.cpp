@@ -77,7 +77,7 @@ Reference resolve(const std::string& include, const ProjectCopy& project)
         if (project.localProjectFiles)
             moveToCopy();
     } else if (project.copyWrapper) {
-        // Relative to the solution, yet read from the project's folder: the copied wrapper is one
+        // Relative to the solution, but read from the project's folder: the copied wrapper is one
         // level closer to the projects than the SDK's own.
         file.rel = kvo::path::RelativePath(project.solutionDir, file.abs, '/');
         moveToCopy();

@@ -74,7 +74,7 @@ void GetSdkImports(QList<CopyFileEntry>& entries, QString source, QString destin
     const QString bin = destination + u"/bin"_s;
     const QString outputDirs[] = {bin + u"/Debug"_s, bin + u"/Release"_s};
 
-    // A folder as the source makes a folder of the destination.
+    // The source is only there to be a folder, so that the copy creates one.
     entries.append({sdk.bin, bin, u"/bin"_s});
     entries.append({sdk.bin, outputDirs[0], u"/bin/Debug"_s});
     entries.append({sdk.bin, outputDirs[1], u"/bin/Release"_s});

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int kLineSize = 2048;
 
-// The two fields in use of a line
+// The two fields that are used of a line
 //     Project("{type}") = "name", "path", "{id}"
 struct ProjectLine
 {
@@ -27,7 +27,7 @@ struct ProjectLine
     explicit operator bool() const { return name; }
 };
 
-// Takes `line` apart in place; the result points into it and is null for any other line.
+// Splits `line` in place. The result points into it, and is null for any other line.
 ProjectLine parseProjectLine(char* line)
 {
     char* position = nullptr;
@@ -46,7 +46,7 @@ std::vector<std::string> readSolution(kvo::IFile& solution, kvo::IFile& copy)
     std::vector<std::string> projects;
     char line[kLineSize];
     while (solution.GetLine(line, kLineSize)) {
-        // Before the line is taken apart.
+        // Before the line is split.
         copy.WriteString(line);
         copy.WriteString("\r\n");
         if (const ProjectLine project = parseProjectLine(line))

@@ -4,14 +4,13 @@
 #include <QString>
 
 // Appends to `names` the name of every project that the solution `source` + "/dotnet.sln" lists,
-// in file order. The samples lie one project a folder, named like the project. Adds nothing if
-// the file cannot be read.
+// in file order. Each project has a folder of that name. Adds nothing if the file cannot be read.
 void GetDotnetDirs(QList<QString>& names, QString source);
 
 // Adapts the copy of a solution: writes the solution at `solutionPath` into the folder
 // `destination` with CR LF after every line, then rewrites each project that it lists from the
 // SDK into the copy (see RewriteProject). Projects that do not load, or whose path leads out of
-// `destination`, are passed over.
+// `destination`, are skipped.
 //
 // Returns false, with no project touched, if the solution cannot be read or its copy not written.
 bool FilterSln(QString solutionPath, QString destination, bool localProjectFiles, bool copyWrapper);

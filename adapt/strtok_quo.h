@@ -5,11 +5,11 @@
 // Splits text in place like POSIX strtok_r, but not at delimiters between double quotes.
 //
 // `str` is the NUL-terminated text on the first call and null on later ones, `delimiters` a set
-// of characters, and `*saveptr` keeps the position. Returns the next token, less one leading and
-// one trailing quote, or null when none is left.
+// of characters, and `*saveptr` keeps the position. Returns the next token, without one leading and
+// one trailing quote, or null if there is none.
 //
-// Every quote toggles; an unclosed one makes the rest one token. Delimiters are skipped after a
-// token but not at the start of the text, where they give an empty token.
+// After an unclosed quote, the rest is one token. Delimiters are skipped after a token, but not at
+// the start of the text, where they give an empty token.
 [[maybe_unused]] static char* strtok_quo(char* str, const char* delimiters, char** saveptr)
 {
     if (!saveptr)

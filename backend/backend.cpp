@@ -168,7 +168,7 @@ void Backend::start()
         QMetaObject::invokeMethod(this, &Backend::finishedCopyWorker, Qt::QueuedConnection);
 }
 
-// However the copy ended: an aborted or failed one is followed up like a complete one.
+// However the copy ended: what follows an aborted or failed one is the same.
 void Backend::finishedCopyWorker()
 {
     m_worker->deleteLater();

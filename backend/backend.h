@@ -9,8 +9,8 @@ class CopyWorker;
 class Backend : public QObject
 {
     Q_OBJECT
-    // The destination as the text of a local-file URL. Writing anything else than the URL of a
-    // local file empties the destination.
+    // The destination as the text of a local-file URL. Writing anything but the URL of a local file
+    // makes the destination empty.
     Q_PROPERTY(QString destinationUrl READ destinationUrl WRITE setDestinationUrl NOTIFY
                    destinationChanged)
     Q_PROPERTY(QString destination READ destination WRITE setDestination NOTIFY destinationChanged)
@@ -45,7 +45,7 @@ public:
     // Reads the application's arguments: "--dotnet" anywhere, the samples folder, and the name of
     // the destination below the user's documents folder.
     explicit Backend(QObject* parent = nullptr);
-    // Waits for a copy that still runs, without aborting it.
+    // Waits for a copy that is still running, without aborting it.
     ~Backend() override;
 
     QString destinationUrl() const;

@@ -4,12 +4,12 @@
 
 class Backend;
 
-// Ends the program when it is asked to from outside: by SIGHUP, SIGINT or SIGTERM, the end of the
-// session, or the desktop's Quit. A copy that runs is ended as by `abort`, nothing is started after
-// it, and the event loop returns 0. Signals that were ignored at the start stay ignored. A window
-// that is closed is no such request: the copy behind it goes on.
+// Ends the program on SIGHUP, SIGINT or SIGTERM, at the end of the session, and on the desktop's
+// Quit. A copy that runs is ended as by `abort`, nothing is started after it, and the event loop
+// returns 0. Signals that were ignored at the start stay ignored. A window that is closed is no
+// such request: a copy goes on.
 //
-// Also makes a write beyond the limit on file sizes fail, which would else end the program.
+// Also makes a write beyond the limit on file sizes fail, which would otherwise end the program.
 //
 // Make one, on the GUI thread, and keep it from before the event loop until the program ends.
 class QuitRequests : public QObject

@@ -49,7 +49,7 @@ void CopyWorker::abort()
 
 void CopyWorker::run()
 {
-    // Complete before the first copy, so that the progress has a fixed denominator.
+    // Complete before the first copy, so that progress is a fraction of a known number.
     const QList<CopyFileEntry> entries = copyList();
     if (IsLeftAlone(m_destination, SdkLayout{m_source}) || !ClearDestination(m_destination))
         return;
@@ -81,7 +81,7 @@ void CopyWorker::copyEntries(const QList<CopyFileEntry>& entries)
     }
 }
 
-// Also after an abort: what was copied is to build against the SDK.
+// Also after an abort, so that what was copied builds against the SDK.
 void CopyWorker::adaptCopy() const
 {
     const SdkLayout sdk{m_source};

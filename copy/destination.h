@@ -12,8 +12,8 @@ struct SdkLayout;
 // Neither links nor the spelling of a path hide any of this. True also if it cannot be found out.
 bool IsLeftAlone(const QString& destination, const SdkLayout& sdk);
 
-// Removes the folder `destination`, which is not to be left alone, with all its contents as far as
-// possible, and makes it anew. Of a link to a folder, the contents go and the link stays.
+// Removes the folder `destination`, for which IsLeftAlone is false, with all its contents as far as
+// possible, and creates it again. Of a link to a folder, the contents go and the link stays.
 //
 // Returns false if what could not be removed might lead a copy elsewhere: a link, a file with more
 // than one hard link, a mount point, or what cannot be looked at.

@@ -68,7 +68,7 @@ using Qt::StringLiterals::operator""_s;
 
 namespace {
 
-// Undoes "\" and three octal digits, which stand for blanks, line ends and backslashes.
+// Replaces "\" and three octal digits by the blank, line end or backslash that they encode.
 QByteArray unescaped(QByteArray field)
 {
     for (qsizetype at = 0; (at = field.indexOf('\\', at)) >= 0; ++at)

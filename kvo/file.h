@@ -19,7 +19,7 @@ public:
     IFile& operator=(const IFile&) = delete;
 
     // Reads the next line without its line end (LF or CR LF) into `buffer`, NUL-terminated.
-    // A line of `size` bytes or more comes in pieces of size - 1 bytes, one a call. NUL bytes of
+    // A line of `size` bytes or more comes in pieces of size - 1 bytes, one per call. NUL bytes of
     // the file are left out. False, with the buffer untouched, when no line is left, for a file
     // that is open for writing, and for a size below 2.
     bool GetLine(char* buffer, int size);
@@ -33,7 +33,7 @@ protected:
 
     // All that can be read; it only ever grows.
     virtual std::string_view Contents() const = 0;
-    // Writes all bytes; a failure is the file's own to handle.
+    // Writes all bytes; the file itself handles failures.
     virtual void Write(const char* data, std::size_t count) = 0;
 
 private:
@@ -79,7 +79,7 @@ protected:
     ~IFileSystem() = default;
 };
 
-// The process-wide file system, not the caller's to delete; callable from any thread.
+// The process-wide file system, which the caller does not own; callable from any thread.
 IFileSystem* fileSystem();
 
 } // namespace kvo

@@ -20,8 +20,8 @@ std::string_view SeparatorsOf(std::string_view path)
     return asIs ? separators.substr(0, 1) : separators;
 }
 
-// The only place that makes a path of text. It goes through UTF-16, as on Windows a path of bytes
-// that are not UTF-8 would throw.
+// The only place that turns text into a path. It goes through UTF-16, because on Windows a path
+// from bytes that are not UTF-8 would throw.
 fs::path FromText(std::string_view text)
 {
     QString slashed = QString::fromUtf8(text);

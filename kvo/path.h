@@ -11,7 +11,7 @@ namespace kvo::path {
 // What follows the last separator; empty when the path ends in one.
 std::string GetFilename(std::string_view path);
 
-// The folder part without a trailing separator, save for the root; empty when there is no folder.
+// The folder part, without a trailing separator except for the root; empty if there is none.
 std::string GetDirectory(std::string_view path);
 
 // `folder` and the relative `name` joined by exactly one separator; both otherwise unchanged.
@@ -23,7 +23,7 @@ std::string ConvertSlashes(std::string_view path, char separator);
 
 // The functions below resolve "." and "..", which climbs no higher than the root. A base, target or
 // folder that is relative or empty is taken from the current folder. Results have no trailing
-// separator, save for the root, and U+FFFD in place of bytes that are not UTF-8.
+// separator, except for the root, and U+FFFD in place of bytes that are not UTF-8.
 
 // The absolute path that `path` names when it is read in the folder `base`: `base` itself if `path`
 // is empty, `path` normalized if it is absolute.

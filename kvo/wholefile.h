@@ -10,8 +10,8 @@
 class QFile;
 class QSaveFile;
 
-// Access to regular files only: opening a pipe or a device could block for ever. A symbolic link is
-// read through but never written through, as its target may lie anywhere.
+// Access to regular files only: opening a pipe or a device could block forever. A symbolic link is
+// followed to read, never to write, because its target may be anywhere.
 namespace kvo {
 
 // Opens `file`. False if it is not a regular file or cannot be opened in this mode.

@@ -14,11 +14,11 @@ namespace kvo {
 // DTDs and entities outside the file are never read. Refused although well-formed: XML 1.1, more
 // than 1,000 attributes in a tag, an entity that expands to over 4,096 characters (fewer where
 // entities are used very often), names with characters beyond U+FFFF, and encodings that Qt was
-// built without. Elements that stand in an entity's text are no nodes; they stay as written.
+// built without. Elements in an entity's text are no nodes; they stay as written.
 class CXMLFile
 {
 public:
-    // The attributes of an element, in the order of the file, less those a DTD gives by default.
+    // The attributes of an element, in the order of the file, without defaults from a DTD.
     class CAttribArray
     {
     public:
@@ -104,8 +104,8 @@ public:
     // (no such file, not a regular file, unknown encoding, malformed) the document is empty.
     bool Load(const std::string& path);
 
-    // Writes the document in its own encoding. False when it is empty or cannot be written; what
-    // stands at the path then stays as it was.
+    // Writes the document in its own encoding. False when it is empty or cannot be written; a file
+    // at the path then stays as it was.
     bool Save(const std::string& path) const;
 
     // The current element; null in an empty document.

@@ -8,15 +8,15 @@
 class QFileDialog;
 
 // A file or folder chooser for QML: the platform's own dialog where there is one, else Qt's.
-// Offers local files only. The properties count when `open` is called. Belongs to its parent, and
-// stays above the window that it is declared in.
+// Offers local files only. `open` reads the properties. The dialog stays above the window that the
+// object is declared in.
 class WidgetFileDialog : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(QString title MEMBER m_title)
     Q_PROPERTY(bool selectFolder MEMBER m_selectFolder)
     Q_PROPERTY(bool selectMultiple MEMBER m_selectMultiple)
-    // Where the dialog starts; of a folder that does not exist, its nearest existing parent.
+    // Where the dialog starts; if the folder does not exist, in its nearest parent that does.
     Q_PROPERTY(QUrl folder MEMBER m_folder)
     // The chosen file or folder, the first of several; set before `accepted`.
     Q_PROPERTY(QUrl fileUrl MEMBER m_fileUrl)

@@ -43,7 +43,7 @@ def has_role(node, role):
 
 
 def tree(node, start="\n"):
-    """A line for each control; "-" stands before those on show."""
+    """A line for each control; "-" marks those on show."""
     mark = "- " if has(node, Atspi.StateType.SHOWING) else "  "
     below = (tree(child, start + "  ") for child in children(node))
     return f"{start}{mark}{node.get_role_name()} {node.get_name()!r}{''.join(below)}"
@@ -62,7 +62,7 @@ class Program:
 
     def _application(self):
         desktop = Atspi.get_desktop(0)
-        # What is cached is brought up to date by an event loop only.
+        # Only an event loop updates the cache.
         desktop.clear_cache()
         for child in children(desktop):
             if child.get_process_id() == self.process.pid:

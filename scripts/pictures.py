@@ -8,12 +8,12 @@ import tempfile
 from desktop import Program, wait
 
 program, sdk, docs = sys.argv[1:]
-# Short, as it can be read in the pictures.
+# Short, because the pictures show it.
 home = pathlib.Path(tempfile.gettempdir(), "jo")
 with tempfile.TemporaryDirectory() as folder:
     samples = pathlib.Path(folder, "sdk", "samples")
     shutil.copytree(f"{sdk}/samples", samples)
-    # Enough to copy that the progress can be seen.
+    # Enough to see the progress.
     for number in range(20000):
         (samples / "Snapshot" / f"frame {number}.pgm").touch()
 

@@ -10,7 +10,7 @@
 // `includeNames` is not empty, only top-level entries with these names are listed; those in
 // `excludeNames` never are. Names compare whole and case-sensitively.
 //
-// An unreadable or missing `directory` adds nothing. Link cycles are not looked for. May be called
+// An unreadable or missing `directory` adds nothing. Does not look for link cycles. May be called
 // on any thread.
 void Walk(QList<QString>& out, QString relativePrefix, QString directory,
           const QList<QString>& includeNames, const QList<QString>& excludeNames);
