@@ -116,7 +116,8 @@ class Case(unittest.TestCase):
 
 class Faults(Case):
     def test_odd_samples(self):
-        odd = os.fsdecode(b"\xff/\xff")
+        # In a folder of its own: Qt 6.8 ends the list of a folder with such a name.
+        odd = os.fsdecode(b"odd/\xff/\xff")
         self.add({name: b"x" for name in ("n" * 255, odd, "file", "folder/file")})
         os.mkfifo(self.root / "pipe")
         (self.samples / "pipe").symlink_to(self.root / "pipe")

@@ -107,8 +107,9 @@ private slots:
         QFETCH(QByteArray, delimiters);
         text.replace("␠", " ");
         delimiters.replace("␠", " ");
-        // Of its exact size, so that the address sanitizer sees access past either end.
-        std::vector<char> bytes(text.cbegin(), text.cend() + 1);
+        // Of its exact size, so that the address sanitizer sees access past either end. The begin()
+        // of an empty text may be a null pointer.
+        std::vector<char> bytes(text.constData(), text.constData() + text.size() + 1);
         char* position = nullptr;
         QByteArray tokens;
         for (char* token = strtok_quo(bytes.data(), delimiters, &position); token;
