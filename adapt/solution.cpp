@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr int kLineSize = 2048;
+constexpr int lineSize = 2048;
 
 // The two fields that are used of a line
 //     Project("{type}") = "name", "path", "{id}"
@@ -44,8 +44,8 @@ ProjectLine parseProjectLine(char* line)
 std::vector<std::string> readSolution(kvo::IFile& solution, kvo::IFile& copy)
 {
     std::vector<std::string> projects;
-    char line[kLineSize];
-    while (solution.GetLine(line, kLineSize)) {
+    char line[lineSize];
+    while (solution.GetLine(line, lineSize)) {
         // Before the line is split.
         copy.WriteString(line);
         copy.WriteString("\r\n");
@@ -67,8 +67,8 @@ void GetDotnetDirs(QList<QString>& names, QString source)
     QFile solution(SdkLayout{source}.solution);
     if (!kvo::OpenRegular(solution, QIODevice::ReadOnly | QIODevice::ExistingOnly))
         return;
-    char line[kLineSize];
-    while (solution.readLine(line, kLineSize) > 0) {
+    char line[lineSize];
+    while (solution.readLine(line, lineSize) > 0) {
         if (const ProjectLine project = parseProjectLine(line))
             names.append(QString::fromUtf8(project.name));
     }
@@ -79,7 +79,7 @@ bool FilterSln(QString solutionPath, QString destination, bool localProjectFiles
     const std::string source = solutionPath.toStdString();
     const std::string target = destination.toStdString();
 
-    std::unique_ptr<kvo::IFile> solution(kvo::fileSystem()->Open(source, kvo::OpenForReading));
+    std::unique_ptr<kvo::IFile> solution(kvo::fileSystem()->Open(source, kvo::openForReading));
     if (!solution)
         return false;
     const std::shared_ptr<kvo::CMemFile> copy = kvo::CMemFile::Create();
@@ -87,7 +87,7 @@ bool FilterSln(QString solutionPath, QString destination, bool localProjectFiles
     solution.reset();
 
     const std::string copyPath = kvo::path::MakePath(target, kvo::path::GetFilename(source), '/');
-    std::unique_ptr<kvo::IFile> output(kvo::fileSystem()->Open(copyPath, kvo::OpenForWriting));
+    std::unique_ptr<kvo::IFile> output(kvo::fileSystem()->Open(copyPath, kvo::openForWriting));
     if (!output)
         return false;
     output->WriteBytes(copy->data(), copy->size());

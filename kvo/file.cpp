@@ -34,10 +34,10 @@ class CFileSystem final : public IFileSystem
 {
     std::unique_ptr<IFile> Open(const std::string& path, int mode) override
     {
-        if (mode == OpenForReading) {
+        if (mode == openForReading) {
             if (const auto bytes = ReadWhole(path))
                 return std::make_unique<CMemFile>(bytes->toStdString());
-        } else if (mode == OpenForWriting) {
+        } else if (mode == openForWriting) {
             if (auto file = OpenReplacement(path))
                 return std::make_unique<CWriteFile>(std::move(file));
         }

@@ -61,8 +61,8 @@ private:
     std::string m_bytes;
 };
 
-inline constexpr int OpenForReading = 0x12;
-inline constexpr int OpenForWriting = 0x28;
+inline constexpr int openForReading = 0x12;
+inline constexpr int openForWriting = 0x28;
 
 // The files on disk.
 class IFileSystem
@@ -70,8 +70,8 @@ class IFileSystem
 public:
     // Opens the file at the UTF-8 `path`; null on failure, for any other mode, and for what is
     // not a regular file (a folder, a pipe, a device; for writing also a link).
-    // OpenForReading: the file must exist; it is read into memory, and never written.
-    // OpenForWriting: the file is created, or its contents replaced, as the returned file is
+    // openForReading: the file must exist; it is read into memory, and never written.
+    // openForWriting: the file is created, or its contents replaced, as the returned file is
     // destroyed; when a write has failed it then stays as it was.
     virtual std::unique_ptr<IFile> Open(const std::string& path, int mode) = 0;
 

@@ -24,3 +24,17 @@ inline void addCases(const QString& path, std::initializer_list<const char*> col
         QVERIFY2(parts.isEmpty(), qPrintable(text));
     }
 }
+
+// What a text was before and is after, with "-" and "+" at the beginning of lines of one only.
+inline std::pair<QByteArray, QByteArray> beforeAndAfter(const QByteArray& text)
+{
+    QByteArray before;
+    QByteArray after;
+    for (const QByteArray& line : text.split('\n')) {
+        if (!line.startsWith('+'))
+            before += line.mid(1) + '\n';
+        if (!line.startsWith('-'))
+            after += line.mid(1) + '\n';
+    }
+    return {before, after};
+}

@@ -49,25 +49,37 @@ class TestAdapt : public QObject
         const QString copy = root.filePath(u"a côpy"_s);
     };
 
-private slots:
-    void pointsCMakeListsAtTheSdk_data()
+    // With ' in place of ".
+    static QByteArray tokens(QByteArray text, const char* delimiters)
     {
-        addCases(QFINDTESTDATA("data/cmakelists.txt"), {"sdk", "before", "after"});
+        text.replace('\'', '"');
+        // Of its exact size, so that the address sanitizer sees access past either end.
+        std::vector<char> bytes(text.constData(), text.constData() + text.size() + 1);
+        char* position = nullptr;
+        QByteArray found;
+        for (char* token = strtok_quo(bytes.data(), delimiters, &position); token;
+             token = strtok_quo(nullptr, delimiters, &position))
+            found += QByteArray("[") + token + ']';
+        return found.replace('"', '\'');
     }
 
+private slots:
     void pointsCMakeListsAtTheSdk()
     {
-        QFETCH(QByteArray, sdk);
-        QFETCH(QByteArray, before);
-        QFETCH(QByteArray, after);
+        const QByteArray line = "#set(ZUVYSDKDIR \"@PRJDUP_ZUVYSDKDIR@\")";
+        const QByteArray text = "\xff\r\n" + line + line + "\n#" + line.toLower() + line.chopped(1);
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"file"_s);
-        QVERIFY(!FilterCMakeLists(path, QString::fromUtf8(sdk)) && !QFile::exists(path));
-        writeFile(path, "\xff\r\n" + before);
-        QVERIFY(FilterCMakeLists(path, QString::fromUtf8(sdk)));
-        QCOMPARE(readFile(path), "\xff\r\n" + after);
         const QString link = folder.filePath(u"link"_s);
-        QVERIFY(QFile::link(path, link) && !FilterCMakeLists(link, QString::fromUtf8(sdk)));
+        QVERIFY(QFile::link(path, link) && !FilterCMakeLists(path, {}) && !QFile::exists(path));
+        for (const auto& [sdk, written] : {std::pair(u"/s"_s, "/s/"),
+                                           {u"/"_s, "//"},
+                                           {u"/opt/x/../camera sdk/é//"_s, "/opt/camera sdk/é/"}}) {
+            writeFile(path, text);
+            QVERIFY(!FilterCMakeLists(link, sdk) && FilterCMakeLists(path, sdk));
+            QCOMPARE(readFile(path), QByteArray(text).replace(
+                                         line, "set(ZUVYSDKDIR \"" + QByteArray(written) + "\")"));
+        }
     }
 
 #ifdef Q_OS_LINUX
@@ -96,27 +108,19 @@ private slots:
     }
 #endif
 
-    void splitsOutsideQuotes_data()
-    {
-        addCases(QFINDTESTDATA("data/tokens.txt"), {"text", "delimiters", "tokens"});
-    }
-
     void splitsOutsideQuotes()
     {
-        QFETCH(QByteArray, text);
-        QFETCH(QByteArray, delimiters);
-        text.replace("␠", " ");
-        delimiters.replace("␠", " ");
-        // Of its exact size, so that the address sanitizer sees access past either end. The begin()
-        // of an empty text may be a null pointer.
-        std::vector<char> bytes(text.constData(), text.constData() + text.size() + 1);
-        char* position = nullptr;
-        QByteArray tokens;
-        for (char* token = strtok_quo(bytes.data(), delimiters, &position); token;
-             token = strtok_quo(nullptr, delimiters, &position))
-            tokens += QByteArray("[") + token + ']';
-        QTEST(tokens, "tokens");
-        QVERIFY(!strtok_quo(bytes.data(), delimiters, nullptr));
+        QCOMPARE(tokens("", " "), "");
+        QCOMPARE(tokens("'My Sample', 'a b\\c.csproj'", ", "), "[My Sample][a b\\c.csproj]");
+        QCOMPARE(tokens("  a", " "), "[][a]");
+        QCOMPARE(tokens("a, ,b, ", ", "), "[a][b]");
+        QCOMPARE(tokens("a' b' 'c d", " "), "[a' b][c d]");
+        QCOMPARE(tokens("a'b c'd e", " "), "[a'b c'd][e]");
+        QCOMPARE(tokens("'", " "), "[]");
+        QCOMPARE(tokens("'',''", ","), "[][]");
+        QCOMPARE(tokens("'a, b' c'", ""), "[a, b' c]");
+        QCOMPARE(tokens("'{id}'\n", ", "), "[{id}'\n]");
+        QVERIFY(!strtok_quo(nullptr, " ", nullptr));
     }
 
     void rewritesAProject_data()
@@ -129,14 +133,7 @@ private slots:
         QFETCH(QByteArray, copied);
         QFETCH(QByteArray, project);
         const Sdk sdk;
-        QByteArray before;
-        QByteArray after;
-        for (const QByteArray& line : project.split('\n')) {
-            if (!line.startsWith('+'))
-                before += line.sliced(1) + '\n';
-            if (!line.startsWith('-'))
-                after += line.sliced(1) + '\n';
-        }
+        auto [before, after] = beforeAndAfter(project);
         writeTree(sdk.root.path(), {{u"sdk/samples/P/P.csproj"_s, before}, {u"a côpy/P/"_s, {}}});
         RewriteProject({sdk.samples.toStdString(), sdk.copy.toStdString(), "P/P.csproj"},
                        copied.contains("project"), copied.contains("wrapper"));
@@ -144,40 +141,47 @@ private slots:
                  after.replace("{root}", sdk.root.path().toUtf8()));
     }
 
-    void readsAndCopiesASolution_data()
-    {
-        addCases(QFINDTESTDATA("data/solutions.txt"), {"solution", "copy", "names", "projects"});
-    }
-
     void readsAndCopiesASolution()
     {
-        QFETCH(QByteArray, solution);
-        QFETCH(QByteArray, copy);
-        QFETCH(QByteArray, projects);
-        for (QByteArray* text : {&solution, &copy})
-            text->replace("␍", "\r")
-                .replace("␀", QByteArray(1, '\0'))
-                .replace("…", QByteArray(2040, '#'));
-        const QByteArray before = "<P><ItemGroup><None Include='a\\b' /></ItemGroup></P>";
-        const QByteArray after = "<P><ItemGroup><None Include='a/b' /></ItemGroup></P>";
+        const QByteArray fill(2046, '#');
+        const QByteArray project = "Project('{t}') = 'A', 'A\\A.csproj', '{1}'";
+        const QByteArray rest = "\n"
+                                "EndProject\n"
+                                "Project('{t}') = 'A', 'A', '{2}'\n"
+                                "Project('{t}') = 'N', 'None\\N.csproj', '{3}'\n"
+                                "Project('{t}') = 'Bad', 'Bad\\Bad.csproj', '{4}'\n"
+                                "Project('{t}') = 'O', 'A\\..\\..\\out\\O.csproj', '{5}'\n"
+                                "Project('{t}')='É B' ,'B\\É 2.csproj','{6}'\n"
+                                "Project('{t}') = 'no', 'A\\A.csproj'\n"
+                                "\tProject('{t}') = 'no', 'A\\A.csproj', '{1}'\n"
+                                " Project('{t}') = 'no', 'A\\A.csproj', '{1}'\n"
+                                "project('{t}') = 'no', 'A\\A.csproj', '{1}'\n"
+                                "Projects('{t}') = 'no', 'A\\A.csproj', '{1}'\n"
+                                "#";
+        // A line of 2,048 bytes or more goes on in the next one.
+        QByteArray solution = fill + '#' + project + '\n' + fill + project + rest;
+        QByteArray copy =
+            fill + "#\n" + project + '\n' + fill + "P\n" + project.mid(1) + rest + '\n';
+        solution.replace('\'', '"');
+        copy.replace('\'', '"').replace("\n", "\r\n");
         const Sdk sdk;
-        writeFile(sdk.solution, solution);
-        for (const QString& project :
-             {u"A/A.csproj"_s, u"B/É 2.csproj"_s, u"None/N.csproj"_s, u"../out/O.csproj"_s})
-            writeFile(sdk.samples + u'/' + project, before);
-        writeFile(sdk.samples + u"/Bad/Bad.csproj"_s, "<P");
-        for (const QString& path : {u"/A/"_s, u"/B/"_s, u"/../out/"_s, u"/Bad/Bad.csproj"_s})
-            writeFile(sdk.copy + path);
-
-        Tree expected = readTree(sdk.root.path());
-        expected[u"a côpy/dotnet.sln"_s] = copy;
-        for (const QString& project : QString::fromUtf8(projects).split(u'\n', Qt::SkipEmptyParts))
-            expected[u"a côpy/"_s + project] = after;
-        QVERIFY(FilterSln(sdk.solution, sdk.copy, true, false));
-        QCOMPARE(readTree(sdk.root.path()), expected);
-        Names names;
-        GetDotnetDirs(names, sdk.samples);
-        QTEST(names.join(u'\n').toUtf8(), "names");
+        for (const QString& path :
+             {u"/A/A.csproj"_s, u"/B/É 2.csproj"_s, u"/../out/O.csproj"_s, u"/Bad/Bad.csproj"_s}) {
+            writeFile(sdk.samples + path, path.startsWith(u"/Bad") ? "<P" : "<P></P >");
+            writeFile(sdk.copy + path, "copied");
+        }
+        for (int i = 0; i < 2; ++i) {
+            writeFile(sdk.solution, solution);
+            Tree expected = readTree(sdk.root.path());
+            expected[u"a côpy/dotnet.sln"_s] = copy;
+            expected[u"a côpy/A/A.csproj"_s] = expected[u"a côpy/B/É 2.csproj"_s] = "<P></P >";
+            QVERIFY(FilterSln(sdk.solution, sdk.copy, true, false));
+            QCOMPARE(readTree(sdk.root.path()), expected);
+            Names names;
+            GetDotnetDirs(names, sdk.samples);
+            QCOMPARE(names.join(u' '), u"A A N Bad O É B"_s);
+            solution.replace("\n", "\r\n");
+        }
     }
 
     void touchesNothingWithoutASolution()
