@@ -79,7 +79,7 @@ QuitRequests::~QuitRequests()
     do {
         if (signalled)
             m_backend.abort();
-    } while (worker && !worker->wait(100));
+    } while (worker && !worker->wait(20));
 }
 
 // A quit that the desktop or QCoreApplication::quit() asks for is spontaneous, other than the one

@@ -130,6 +130,8 @@ private slots:
         load();
     }
 
+    void carriesTheIconInEightSizes() { QCOMPARE(window->icon().availableSizes().size(), 8); }
+
     void notesWhatWindowsNeedsInCMakeModeOnly()
     {
         for (const int mode : {0, 1, 2, 3}) {
