@@ -21,7 +21,7 @@ ApplicationWindow {
     maximumHeight: minimumHeight
 
     Component.onCompleted: {
-        copyButton.forceActiveFocus(Qt.TabFocusReason)
+        copyButton.takeFocus()
         if (!backend.valid)
             Qt.callLater(Qt.quit) // qmllint disable type
     }
@@ -151,7 +151,7 @@ ApplicationWindow {
         firstFocus: abortButton
         visible: window.backend.copying
         // There as long as a copy runs: what closes it earlier opens it again.
-        onClosed: window.backend.copying ? open() : copyButton.forceActiveFocus(Qt.TabFocusReason)
+        onClosed: if (window.backend.copying) open()
         footer: ButtonBox {
             PushButton {
                 id: abortButton
@@ -200,6 +200,7 @@ ApplicationWindow {
         text: qsTr("The folder %1 already exists. If you continue it will be removed, are you sure you want to continue.").arg(window.backend.destination)
         standardButtons: Dialog.Yes | Dialog.No
         firstButton: Dialog.No
+        onClosed: if (!window.backend.copying) copyButton.takeFocus()
         onAccepted: window.backend.start()
     }
 
@@ -226,6 +227,7 @@ ApplicationWindow {
         text: message().arg(window.backend.destination)
         standardButtons: Dialog.Ok
         firstButton: Dialog.Ok
+        onClosed: copyButton.takeFocus()
         onAccepted: window.close()
     }
 
@@ -244,6 +246,12 @@ ApplicationWindow {
 
     component PushButton: Button {
         id: button
+
+        // Shows the focus even if the button has it already, by a click or a closed dialog.
+        function takeFocus() {
+            forceActiveFocus(Qt.TabFocusReason)
+            focusReason = Qt.TabFocusReason
+        }
 
         Accessible.onPressAction: if (enabled) clicked()
         Keys.forwardTo: PressKeys {
@@ -308,7 +316,7 @@ ApplicationWindow {
         id: dialog
 
         // What has the focus whenever the dialog opens.
-        property Item firstFocus
+        property PushButton firstFocus
 
         parent: Overlay.overlay
         x: (parent.width - width) / 2
@@ -316,7 +324,7 @@ ApplicationWindow {
         width: parent.width - 16
         padding: 8
         focus: true
-        onOpened: firstFocus.forceActiveFocus(Qt.TabFocusReason)
+        onOpened: firstFocus.takeFocus()
 
         header: Label {
             text: dialog.title

