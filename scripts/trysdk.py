@@ -158,21 +158,22 @@ class Trial:
                 reference = f"samples/{path}:{line}: {place}: {text}"
                 self.lost.setdefault(reference, set()).add(name)
         except expat.ExpatError as error:
-            self.faults.append(f"samples/{path}: {error}")
+            message = expat.ErrorString(error.code)
+            self.faults.append(f"samples/{path}:{error.lineno}: not well-formed XML, {message}")
 
     def report(self):
         """Prints what was found and returns whether the SDK can ship."""
         changed = dict(self.before.items() ^ fingerprint(self.sdk).items())
         self.faults += [f"{path} was changed" for path in sorted(changed)]
         show("Results:", [f"{name:<30}{result}" for name, result in self.results.items()])
+        show("Faults:", dict.fromkeys(self.faults))
         for errors, names in self.errors.items():
-            show(f"First errors of {' and '.join(names)}:", errors)
+            show(f"First errors of {'; '.join(names)}:", errors)
         lost = (
             text if len(names) == 2 else f"{text} ({min(names)} only)"
             for text, names in self.lost.items()
         )
         show("Not in the copy:", list(lost))
-        show("Faults:", dict.fromkeys(self.faults))
         print(f"\nThe copies, and the window at their end, are in {self.home}")
         return not self.faults and not self.errors
 
