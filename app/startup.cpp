@@ -23,7 +23,7 @@ QIcon prepareApplication()
     kvouiInitPlugin();
     qmlRegisterType<Backend>("com.zuvy", 1, 0, "Backend");
 
-    // A screen reader that is still listening would be told of items while they are destroyed.
+    // Or a screen reader would be told about items while they are destroyed.
     QObject::connect(qApp, &QCoreApplication::aboutToQuit,
                      [] { QAccessible::installUpdateHandler([](QAccessibleEvent*) {}); });
     return icon;

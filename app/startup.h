@@ -5,12 +5,13 @@
 class Backend;
 class QQmlApplicationEngine;
 
-// The start-up of the program, which its benchmark and the test of its window share.
+// The program's start-up, shared with the benchmark and the window's test.
 
-// Sets the style and the window icon, and registers the QML types. Call once, after the application
-// object exists and before any engine does. The result is the icon; keep it as long as the engine.
+// Sets the style and the window icon, and registers the QML types. Call it once, after creating the
+// application object and before creating an engine. Returns the icon, which must outlive the
+// engine.
 QIcon prepareApplication();
 
-// Loads the window. The result belongs to it; null if there is none, as the document or a QML
-// module is missing.
+// Loads the window and returns its controller, which the window owns. Returns null if the document
+// or a QML module is missing or broken.
 Backend* loadWindow(QQmlApplicationEngine& engine);

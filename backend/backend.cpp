@@ -20,7 +20,7 @@ QString findCMakeGui()
 {
     const QString name = u"cmake-gui"_s;
     QString program = QStandardPaths::findExecutable(name);
-    // Where CMake's own installer puts it; desktop sessions often have a shorter search path.
+    // CMake's own installer puts it there, which is not in every desktop session's PATH.
     if (program.isEmpty())
         program = QStandardPaths::findExecutable(name, {u"/usr/local/bin"_s});
     return program.isEmpty() ? name : program;
@@ -162,8 +162,8 @@ void Backend::start()
     connect(m_worker, &CopyWorker::fileChanged, this, &Backend::setCopyFile);
     connect(m_worker, &CopyWorker::finished, this, &Backend::finishedCopyWorker);
     m_worker->start();
-    // Without a thread nothing emits `finished`. Asked in this order, as the thread may end
-    // meanwhile.
+    // A thread that could not be created emits no `finished`. One that was may end between the two
+    // questions, hence their order.
     if (!m_worker->isRunning() && !m_worker->isFinished())
         QMetaObject::invokeMethod(this, &Backend::finishedCopyWorker, Qt::QueuedConnection);
 }

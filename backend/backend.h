@@ -15,11 +15,11 @@ class Backend : public QObject
                    destinationChanged)
     Q_PROPERTY(QString destination READ destination WRITE setDestination NOTIFY destinationChanged)
     Q_PROPERTY(bool copyWrapper READ copyWrapper WRITE setCopyWrapper NOTIFY copyWrapperChanged)
-    // Looked up in the file system at every read.
+    // Asks the file system at each read; no signal tells when the answer changes.
     Q_PROPERTY(bool destinationExists READ destinationExists NOTIFY destinationChanged)
-    // The share of the current or last copy that is done, 0 to 1.
+    // How much of the current or last copy is done, from 0 to 1.
     Q_PROPERTY(double copyProgress READ copyProgress NOTIFY copyProgressChanged)
-    // The entry that the current or last copy reported last, relative to the destination.
+    // The latest entry of the current or last copy, relative to the destination; empty at first.
     Q_PROPERTY(QString copyFile READ copyFile NOTIFY copyFileChanged)
     Q_PROPERTY(bool copying READ copying NOTIFY copyingChanged)
     // Whether the command line named a source and a destination.
@@ -27,11 +27,11 @@ class Backend : public QObject
     Q_PROPERTY(bool dotnet READ dotnet CONSTANT)
     Q_PROPERTY(bool runCMake READ runCMake WRITE setRunCMake NOTIFY runCMakeChanged)
     Q_PROPERTY(bool openSolution READ openSolution WRITE setOpenSolution NOTIFY openSolutionChanged)
-    // The outcome of the last finished copy.
     Q_PROPERTY(ESTATUS status READ status NOTIFY statusChanged)
     Q_PROPERTY(bool isWindows READ isWindows CONSTANT)
 
 public:
+    // The outcome of the last copy that ended. The E stands for enumeration.
     enum ESTATUS {
         STATUS_NOT_STARTED,
         STATUS_COPY_DONE,
@@ -42,8 +42,8 @@ public:
     };
     Q_ENUM(ESTATUS)
 
-    // Reads the application's arguments: "--dotnet" anywhere, the samples folder, and the name of
-    // the destination below the user's documents folder.
+    // Reads the application's arguments: "--dotnet" anywhere, the samples folder, and the
+    // destination, relative to the user's documents folder even if it begins with "/".
     explicit Backend(QObject* parent = nullptr);
     // Waits for a copy that is still running, without aborting it.
     ~Backend() override;
@@ -71,10 +71,10 @@ public:
     void setStatus(ESTATUS status);
     bool isWindows() const;
 
-    // Asks the running copy to stop after its current entry; returns at once.
+    // Stops a running copy after its current entry. Returns at once.
     Q_INVOKABLE void abort();
-    // Starts a copy with the current settings; ignored while one runs. The follow-up action takes
-    // `destination`, `runCMake` and `openSolution` as they are when the copy ends.
+    // Starts a copy with the current settings; ignored while one runs. What is started afterwards
+    // depends on `destination`, `runCMake` and `openSolution` at the end of the copy.
     Q_INVOKABLE void start();
 
 signals:
@@ -83,7 +83,7 @@ signals:
     void copyProgressChanged();
     void copyFileChanged();
     void copyingChanged();
-    // Once at the end of every copy, however it ended, after the follow-up action.
+    // Once per copy, however it ended, after cmake-gui was started or the solution opened.
     void copyDone();
     void runCMakeChanged();
     void openSolutionChanged();

@@ -25,7 +25,7 @@ std::atomic<bool> signalled = false;
 
 namespace {
 
-int pipeEnds[2]; // never closed, as a signal may come at any time
+int pipeEnds[2]; // never closed, because a signal may arrive at any time
 
 void noteSignal(int /*number*/)
 {
@@ -37,7 +37,7 @@ void noteSignal(int /*number*/)
 
 void quitOnSignals(QObject* context)
 {
-    // Not ignored, as a program that is started would go on ignoring it.
+    // Not SIG_IGN, which cmake-gui would inherit.
     std::signal(SIGXFSZ, [](int) {});
 
     signalled = false;
@@ -65,7 +65,7 @@ QuitRequests::QuitRequests(Backend& backend)
     : m_backend(backend)
 {
     qGuiApp->installEventFilter(this);
-    // Whether the session really ends is not known yet: only a copy must make haste.
+    // The user may still cancel the logout, but a copy would have no time left later.
     connect(qGuiApp, &QGuiApplication::commitDataRequest, this, [this] {
         if (m_backend.copying())
             QCoreApplication::quit();
@@ -82,8 +82,8 @@ QuitRequests::~QuitRequests()
     } while (worker && !worker->wait(20));
 }
 
-// A quit that the desktop or QCoreApplication::quit() asks for is spontaneous, other than the one
-// that follows the last window.
+// The event is spontaneous if the desktop or QCoreApplication::quit() asks to quit, and not if the
+// last window was closed.
 bool QuitRequests::eventFilter(QObject* /*watched*/, QEvent* event)
 {
     if (event->type() == QEvent::Quit && event->spontaneous()) {

@@ -5,19 +5,19 @@
 class Backend;
 
 // Ends the program on SIGHUP, SIGINT or SIGTERM, at the end of the session, and on the desktop's
-// Quit. A copy that runs is ended as by `abort`, nothing is started after it, and the event loop
-// returns 0. Signals that were ignored at the start stay ignored. A window that is closed is no
-// such request: a copy goes on.
+// Quit. A running copy is ended as by `abort`, nothing is started after it, and the event loop
+// returns 0. Signals that were ignored when the program started stay ignored. Closing the window
+// does not count: a copy goes on.
 //
-// Also makes a write beyond the limit on file sizes fail, which would otherwise end the program.
+// Also makes a write beyond the file size limit fail instead of ending the program (SIGXFSZ).
 //
-// Make one, on the GUI thread, and keep it from before the event loop until the program ends.
+// Create one on the GUI thread before the event loop runs, and destroy it afterwards.
 class QuitRequests : public QObject
 {
 public:
     // `backend` must outlive it.
     explicit QuitRequests(Backend& backend);
-    // Waits for a copy that still runs, which a signal can then abort.
+    // Waits for a copy that goes on after its window was closed. A signal still aborts it.
     ~QuitRequests() override;
 
 protected:

@@ -12,17 +12,17 @@
 
 #ifdef __linux__
 #include <malloc.h>
-// Of a sanitizer, whose heap mallinfo2() does not see.
+// Exists with a sanitizer, whose heap mallinfo2() does not see.
 extern "C" __attribute__((weak)) size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 namespace {
 
-// The application's command line; each test sets its own.
+// The application's command line. Each test sets its own.
 int argumentCount = 0;
 char* argumentVector[8];
 
-// A command line, and a home folder with the SDK's samples, which are %1.
+// Sets a command line, in which %1 is the samples folder, and a home folder that contains it.
 class Setup : public QTemporaryDir
 {
     QByteArrayList m_line;
@@ -60,7 +60,7 @@ class TestBackend : public QObject
 
     QByteArray m_started;
 
-    // The status after a copy and what was started, by settings made while it ran.
+    // The status after a copy and what was started, with settings made during the copy.
     QByteArray followUp(const char* line, bool wanted, bool available)
     {
         const Setup setup(line);
@@ -163,7 +163,7 @@ private slots:
         const QuitRequests requests(backend);
         QTimer::singleShot(0, [&] {
             backend.start();
-            // With an argument that nobody reads.
+            // Nobody reads the argument.
             emit qGuiApp->commitDataRequest(reinterpret_cast<QSessionManager&>(*qGuiApp));
         });
         QCoreApplication::exec();
@@ -184,7 +184,7 @@ private slots:
         }
         QTRY_VERIFY(!backend.copying());
         QVERIFY(backend.copyProgress() < 1);
-        backend.start(); // and waits for it at its end
+        backend.start(); // the destructor waits
     }
 
     void failsWithoutItsDocument()
@@ -192,7 +192,7 @@ private slots:
         const Setup setup;
         const QString program = setup.filePath(u"prjdup"_s);
         QFile::copy(QStringLiteral(PRJDUP_PROGRAM), program);
-        // Nor are there QML modules where this says.
+        // Makes Qt look for QML modules beside the program.
         writeFile(setup.filePath(u"qt.conf"_s),
                   "[Paths]\nPlugins=" + QCoreApplication::libraryPaths().first().toUtf8());
         QCOMPARE(WEXITSTATUS(std::system(qPrintable(program))), 255);
