@@ -55,11 +55,6 @@ std::vector<std::string> readSolution(kvo::IFile& solution, kvo::IFile& copy)
     return projects;
 }
 
-bool leadsOutOf(const std::string& folder, const std::string& path)
-{
-    return !kvo::path::IsChildOfDirectory(folder, kvo::path::ExpandRelativePath(folder, path, '/'));
-}
-
 } // namespace
 
 void GetDotnetDirs(QList<QString>& names, QString source)
@@ -95,7 +90,8 @@ bool FilterSln(QString solutionPath, QString destination, bool localProjectFiles
 
     const std::string solutionDir = kvo::path::GetDirectory(source);
     for (const std::string& project : projects) {
-        if (!leadsOutOf(target, project))
+        const std::string copied = kvo::path::ExpandRelativePath(target, project, '/');
+        if (kvo::path::IsChildOfDirectory(target, copied))
             RewriteProject({solutionDir, target, project}, localProjectFiles, copyWrapper);
     }
     return true;

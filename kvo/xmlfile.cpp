@@ -29,10 +29,6 @@ void CXMLFile::CAttribArray::Remove(const char* name)
     std::erase_if(m_items, [name](const auto& item) { return item.first == name; });
 }
 
-CXMLFile::CNode::CNode(std::string name)
-    : name(std::move(name))
-{}
-
 CXMLFile::CNode::~CNode()
 {
     // The children's children move up in front of their parent's sibling, so that no depth of
@@ -46,26 +42,15 @@ CXMLFile::CNode::~CNode()
     }
 }
 
-void CXMLFile::CNode::Append(CNode* node)
+void CXMLFile::CNode::InsertChild(CNode* node, bool)
 {
+    if (!node || node->m_isOwned)
+        return;
     node->m_isOwned = true;
     node->m_parent = this;
     node->m_previous = m_lastChild;
     (m_lastChild ? m_lastChild->m_next : m_child) = node;
     m_lastChild = node;
-}
-
-void CXMLFile::CNode::Detach(CNode* node)
-{
-    (node->m_previous ? node->m_previous->m_next : m_child) = node->m_next;
-    (node->m_next ? node->m_next->m_previous : m_lastChild) = node->m_previous;
-    node->m_parent = node->m_previous = node->m_next = nullptr;
-}
-
-void CXMLFile::CNode::InsertChild(CNode* node, bool)
-{
-    if (node && !node->m_isOwned)
-        Append(node);
 }
 
 CXMLFile::CNode* CXMLFile::CNode::FindChild(const char* childName) const
@@ -113,8 +98,12 @@ void CXMLFile::Root()
 
 void CXMLFile::Remove()
 {
-    if (m_current && m_current->m_parent) {
-        m_current->m_parent->Detach(m_current);
+    if (CNode* const parent = m_current ? m_current->m_parent : nullptr) {
+        CNode* const previous = m_current->m_previous;
+        CNode* const next = m_current->m_next;
+        (previous ? previous->m_next : parent->m_child) = next;
+        (next ? next->m_previous : parent->m_lastChild) = previous;
+        m_current->m_parent = m_current->m_previous = m_current->m_next = nullptr;
         m_document->removed.emplace_back(m_current);
     }
     Root();

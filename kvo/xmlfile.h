@@ -12,9 +12,10 @@ namespace kvo {
 // comments, quotes and white space. All strings are UTF-8. One document is used by one thread.
 //
 // DTDs and entities outside the file are never read. Refused although well-formed: XML 1.1, more
-// than 1,000 attributes in a tag, an entity that expands to over 4,096 characters (fewer where
-// entities are used very often), names with characters beyond U+FFFF, and encodings that Qt was
-// built without. Elements in an entity's text are no nodes; they stay as written.
+// than 1,000 attributes in a tag or 64,000 characters of attribute lists in a DTD, an entity that
+// expands to over 4,096 characters (fewer where entities are used very often), names with
+// characters beyond U+FFFF, and encodings that Qt was built without. Elements in an entity's text
+// are no nodes; they stay as written.
 class CXMLFile
 {
 public:
@@ -43,7 +44,9 @@ public:
     {
     public:
         // A detached element; the caller's until it is inserted. The name must be a valid one.
-        explicit CNode(std::string name);
+        explicit CNode(std::string name)
+            : name(std::move(name))
+        {}
         ~CNode(); // Frees all elements below it too.
         CNode(const CNode&) = delete;
         CNode& operator=(const CNode&) = delete;
@@ -71,8 +74,6 @@ public:
         friend class CXMLFile;
         bool IsLoaded() const { return m_end != 0; }
         bool HasLoadedChild() const { return m_child && m_child->IsLoaded(); }
-        void Append(CNode* node);
-        void Detach(CNode* node);
 
         bool m_isOwned = false; // also once it has been removed
         CNode* m_parent = nullptr;

@@ -86,7 +86,7 @@ CXMLFile::CNode* CXMLFile::Document::OpenElement(CNode* parent, const QXmlStream
     node->m_content = node->m_contentEnd = node->m_end = end;
     if (parent) {
         parent->value.clear();
-        parent->Append(node);
+        parent->InsertChild(node, false);
     } else {
         node->m_isOwned = true;
         root.reset(node);

@@ -22,11 +22,6 @@ QByteArray DeclaredEncoding(const QByteArray& bytes)
     return name.isEmpty() ? "UTF-8"_ba : name;
 }
 
-bool IsForbidden(QChar c)
-{
-    return c < u' ' ? !spaces.contains(c) : c > u'\xFFFD';
-}
-
 } // namespace
 
 bool CXMLText::Decode(const QByteArray& bytes)
@@ -117,8 +112,9 @@ qsizetype CXMLText::MarkupEnd(qsizetype position) const
 
 QString CXMLText::Escaped(const std::string& utf8, char16_t quote) const
 {
+    const auto isForbidden = [](QChar c) { return c < u' ' ? !spaces.contains(c) : c > u'\xFFFD'; };
     QString text = QString::fromStdString(utf8);
-    std::replace_if(text.begin(), text.end(), IsForbidden, QChar::ReplacementCharacter);
+    std::replace_if(text.begin(), text.end(), isForbidden, QChar::ReplacementCharacter);
     const bool hasAll = Encode(text).has_value();
     QString escaped;
     for (const char32_t c : text.toStdU32String()) {
