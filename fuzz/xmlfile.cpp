@@ -10,7 +10,7 @@
 using CNode = kvo::CXMLFile::CNode;
 
 constexpr const char* names[] = {"a", "c", "Include"};
-constexpr const char* values[] = {"", "x", "..\\bin", " é <&>]]>'\"\t\n", "中\U0001F600"};
+constexpr const char* values[] = {"", "]]", "..\\bin", " é <&>]]>'\"\t\n", "中\U0001F600"};
 
 // Level by level.
 static std::vector<CNode*> elements(const kvo::CXMLFile& file)

@@ -126,10 +126,13 @@ QString CXMLText::Escaped(const std::string& utf8, char16_t quote) const
         else if (c == '\n' && !quote)
             escaped += m_lineEnd;
         else if ((c < ' ' && (quote || c != '\t')) || c == quote || !(hasAll || Encode(character)))
-            escaped += u"&#%1;"_s.arg(c);
+            escaped += u"&#%1;"_s.arg(uint(c));
         else
             escaped += character;
     }
+    // "]]>" must not be in text, nor arise with what follows.
+    if (!quote && escaped.endsWith(u']'))
+        escaped.replace(escaped.size() - 1, 1, u"&#93;"_s);
     return quote ? escaped : escaped.replace(u"]]>"_s, u"]]&gt;"_s);
 }
 
