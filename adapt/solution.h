@@ -12,5 +12,6 @@ void GetDotnetDirs(QList<QString>& names, QString source);
 // SDK into the copy (see RewriteProject). Projects that do not load, or whose path leads out of
 // `destination`, are skipped.
 //
-// Returns false, with no project touched, if the solution cannot be read or its copy not written.
+// Returns false, with no project touched, if the solution cannot be read or its copy not opened for
+// writing. A write that fails later leaves the copy as it was, and is ignored.
 bool FilterSln(QString solutionPath, QString destination, bool localProjectFiles, bool copyWrapper);

@@ -23,7 +23,7 @@ void copyEntry(const CopyFileEntry& entry)
         QDir(entry.destinationPath).mkpath(u"."_s);
         return;
     }
-    // Opening a pipe or a device could block forever.
+    // A link may lead to a device.
     if (!source.isFile() || !QFile::copy(entry.sourcePath, entry.destinationPath))
         return;
     // The copy has the source's mode, and an SDK is often read-only.

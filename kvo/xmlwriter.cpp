@@ -96,8 +96,7 @@ private:
         }
     }
 
-    // A whole line goes with the white space before it. What else is on a line stays where it is,
-    // and no words are joined.
+    // A whole line goes with the white space before it. What else is on a line stays where it is.
     void TakeOutRemoved()
     {
         std::map<qsizetype, qsizetype> removed; // where they begin and end
