@@ -36,7 +36,8 @@ def fingerprint(folder):
         if path.is_symlink():
             content = os.readlink(path)
         else:
-            content = path.is_file() and hashlib.sha256(path.read_bytes()).digest()
+            content = path.is_file() and os.access(path, os.R_OK) and path.read_bytes()
+            content = content and hashlib.sha256(content).digest()
         found[path] = stat.st_mode, stat.st_mtime_ns, content
     return found
 
