@@ -1,5 +1,7 @@
 #include "kvo/path.h"
 
+#include "kvo/utf8.h"
+
 #include <QDir>
 
 #include <algorithm>
@@ -24,7 +26,7 @@ std::string_view SeparatorsOf(std::string_view path)
 // from bytes that are not UTF-8 would throw.
 fs::path FromText(std::string_view text)
 {
-    QString slashed = QString::fromUtf8(text);
+    QString slashed = FromUtf8(text);
     if (SeparatorsOf(text) == separators)
         slashed.replace(u'\\', u'/');
     return slashed.toStdU16String();
@@ -32,7 +34,7 @@ fs::path FromText(std::string_view text)
 
 std::string ToText(const fs::path& path, char separator)
 {
-    QString text = QString::fromStdU16String(path.generic_u16string());
+    QString text = QStringView(path.generic_u16string()).toString();
     return text.replace(u'/', QLatin1Char(separator)).toStdString();
 }
 

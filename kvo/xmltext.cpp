@@ -1,6 +1,7 @@
 #include "kvo/xmltext.h"
 
-#include <QRegularExpression>
+#include "kvo/utf8.h"
+
 #include <QXmlStreamReader>
 
 #include <algorithm>
@@ -37,9 +38,11 @@ bool CXMLText::Decode(const QByteArray& bytes)
         m_text.remove(0, 1);
         m_mark = QStringConverter::Flag::WriteBom;
     }
-    static const QRegularExpression lineEnd(u"\r\n?|\n"_s);
-    const auto match = lineEnd.match(m_text);
-    m_lineEnd = match.hasMatch() ? match.captured() : u"\n"_s;
+    const QString& text = m_text;
+    const auto* const end =
+        std::find_first_of(text.begin(), text.end(), lineEnds.begin(), lineEnds.end());
+    const QStringView rest(end, text.end());
+    m_lineEnd = rest.startsWith(u"\r\n") ? u"\r\n"_s : rest.isEmpty() ? u"\n"_s : QString(*end);
     // A reader would take a second mark for the first one.
     return !m_text.startsWith(byteOrderMark) && Encode(m_text) == bytes;
 }
@@ -113,12 +116,12 @@ qsizetype CXMLText::MarkupEnd(qsizetype position) const
 QString CXMLText::Escaped(const std::string& utf8, char16_t quote) const
 {
     const auto isForbidden = [](QChar c) { return c < u' ' ? !spaces.contains(c) : c > u'\xFFFD'; };
-    QString text = QString::fromStdString(utf8);
+    QString text = FromUtf8(utf8);
     std::replace_if(text.begin(), text.end(), isForbidden, QChar::ReplacementCharacter);
     const bool hasAll = Encode(text).has_value();
     QString escaped;
     for (const char32_t c : text.toStdU32String()) {
-        const QString character = QString::fromUcs4(&c, 1);
+        const QString character = QStringView(QChar::fromUcs4(c)).toString();
         if (c == '&')
             escaped += u"&amp;"_s;
         else if (c == '<')
