@@ -9,23 +9,6 @@
 
 #include <windows.h>
 
-namespace {
-
-// Appends the drive letters and folders at which `volume` is mounted.
-bool append(QList<QString>& points, const wchar_t* volume)
-{
-    DWORD size = 0;
-    GetVolumePathNamesForVolumeNameW(volume, nullptr, 0, &size);
-    std::vector<wchar_t> names(size + 1);
-    if (!GetVolumePathNamesForVolumeNameW(volume, names.data(), size, &size))
-        return false;
-    for (const wchar_t* name = names.data(); *name; name += std::wcslen(name) + 1)
-        points.append(QDir::fromNativeSeparators(QString::fromWCharArray(name)));
-    return true;
-}
-
-} // namespace
-
 QList<QString> MountPoints()
 {
     wchar_t volume[MAX_PATH];
@@ -35,7 +18,13 @@ QList<QString> MountPoints()
     QList<QString> points;
     bool ok = true;
     do {
-        ok = append(points, volume);
+        // The drive letters and folders at which it is mounted.
+        DWORD size = 0;
+        GetVolumePathNamesForVolumeNameW(volume, nullptr, 0, &size);
+        std::vector<wchar_t> names(size + 1);
+        ok = GetVolumePathNamesForVolumeNameW(volume, names.data(), size, &size);
+        for (const wchar_t* name = names.data(); ok && *name; name += std::wcslen(name) + 1)
+            points.append(QDir::fromNativeSeparators(QString::fromWCharArray(name)));
     } while (ok && FindNextVolumeW(search, volume, MAX_PATH));
     ok = ok && GetLastError() == ERROR_NO_MORE_FILES;
     FindVolumeClose(search);
@@ -64,32 +53,21 @@ QList<QString> MountPoints()
 
 #include <QFile>
 
-using Qt::StringLiterals::operator""_s;
-
-namespace {
-
-// Replaces "\" and three octal digits by the blank, line end or backslash that they encode.
-QByteArray unescaped(QByteArray field)
-{
-    for (qsizetype at = 0; (at = field.indexOf('\\', at)) >= 0; ++at)
-        field.replace(at, 4, QByteArray(1, char(field.mid(at + 1, 3).toInt(nullptr, 8))));
-    return field;
-}
-
-} // namespace
-
 QList<QString> MountPoints()
 {
-    QFile table(u"/proc/self/mountinfo"_s);
-    if (!table.open(QIODevice::ReadOnly))
-        return {};
-    const QByteArray text = table.readAll();
+    QFile table(QStringLiteral("/proc/self/mountinfo"));
+    const QByteArray text = table.open(QIODevice::ReadOnly) ? table.readAll() : QByteArray();
     if (table.error() != QFile::NoError || text.isEmpty())
         return {};
     QList<QString> points;
     // A line: id, parent, device, root, mount point, ...
-    for (const QByteArray& line : text.trimmed().split('\n'))
-        points.append(QFile::decodeName(unescaped(line.split(' ').value(4))) + u'/');
+    for (const QByteArray& line : text.trimmed().split('\n')) {
+        QByteArray point = line.split(' ').value(4);
+        // "\" and three octal digits encode a blank, line end or backslash.
+        for (qsizetype at = 0; (at = point.indexOf('\\', at)) >= 0; ++at)
+            point.replace(at, 4, QByteArray(1, char(point.mid(at + 1, 3).toInt(nullptr, 8))));
+        points.append(QFile::decodeName(point) + u'/');
+    }
     return points;
 }
 

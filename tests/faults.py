@@ -25,10 +25,10 @@ why=$(unshare --mount $user mount -t tmpfs tmpfs /mnt 2>&1) ||
 exec unshare --mount $user sh -ec '
 mount -t tmpfs tmpfs /usr/local/bin
 mount -t tmpfs tmpfs /mnt
-mkdir -p /mnt/full /mnt/tiny /mnt/Copy/mount
+mkdir -p /mnt/full /mnt/tiny "/mnt/a \\b/Copy/mount"
 mount -t tmpfs -o size=9m tmpfs /mnt/full
 mount -t tmpfs -o size=80k tmpfs /mnt/tiny
-mount -t tmpfs tmpfs /mnt/Copy/mount
+mount -t tmpfs tmpfs "/mnt/a \\b/Copy/mount"
 exec $drop "$@"' sh "$@"
 """
 PROGRAM, TESTS, *inside = sys.argv[1:]
@@ -199,7 +199,7 @@ class Mounts(Case):
         self.copy({SLN: None})
 
     def test_mount_in_the_destination(self):
-        self.use("/mnt")
+        self.use("/mnt/a \\b")
         (self.destination / "mount/file").touch()
         self.copy(None)
 
