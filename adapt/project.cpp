@@ -12,42 +12,41 @@ using CNode = kvo::CXMLFile::CNode;
 namespace {
 
 // One project on its way from the SDK (src) into the copy (dst).
-struct ProjectCopy
+struct ProjectCopy : ProjectLocation
 {
-    std::string srcProjectDir;
-    std::string dstProjectDir;
-    std::string solutionDir;
-    std::string destination;
     bool localProjectFiles;
     bool copyWrapper;
+    std::string srcProjectFile = kvo::path::MakePath(solutionDir, path, '/');
+    std::string dstProjectFile = kvo::path::MakePath(destination, path, '/');
+    std::string srcProjectDir = kvo::path::GetDirectory(srcProjectFile);
+    std::string dstProjectDir = kvo::path::GetDirectory(dstProjectFile);
     // Removed only after the walk, which would otherwise step onto a removed node.
-    std::vector<CNode*> removals;
+    std::vector<CNode*> removals = {};
 };
 
-// Marks `node` and its later siblings called `name` for removal.
-void removeLater(CNode* node, const char* name, ProjectCopy& project)
+// Marks `node` and its later siblings of the same name for removal.
+void removeLater(CNode* node, ProjectCopy& project)
 {
-    for (; node; node = node->FindNext(name))
+    for (; node; node = node->FindNext(node->name.c_str()))
         project.removals.push_back(node);
 }
 
 void rewriteOutputPath(CNode& group, ProjectCopy& project)
 {
-    std::string suffix;
-    if (group.attributes.Exists("Condition")) {
-        const std::string& condition = group.attributes["Condition"];
-        if (kvo::Contains(condition, "Release"))
-            suffix = "\\Release";
-        else if (kvo::Contains(condition, "Debug"))
-            suffix = "\\Debug";
-    }
-    const char* const intermediate = "BaseIntermediateOutputPath";
-    removeLater(group.FindChild(intermediate), intermediate, project);
-    if (CNode* output = group.FindChild("OutputPath")) {
-        output->value = "..\\bin" + suffix;
-        output->attributes.Remove("Condition");
-        removeLater(output->FindNext("OutputPath"), "OutputPath", project);
-    }
+    removeLater(group.FindChild("BaseIntermediateOutputPath"), project);
+    CNode* output = group.FindChild("OutputPath");
+    if (!output)
+        return;
+    removeLater(output->FindNext("OutputPath"), project);
+    output->attributes.Remove("Condition");
+    output->value = "..\\bin";
+    if (!group.attributes.Exists("Condition"))
+        return;
+    const std::string& condition = group.attributes["Condition"];
+    if (kvo::Contains(condition, "Release"))
+        output->value += "\\Release";
+    else if (kvo::Contains(condition, "Debug"))
+        output->value += "\\Debug";
 }
 
 // Whether `value` holds a property, an item list or metadata, which only a build can resolve.
@@ -56,49 +55,25 @@ bool isExpression(std::string_view value)
     return kvo::Contains(value, "$(") || kvo::Contains(value, "@(") || kvo::Contains(value, "%(");
 }
 
-// A source file as the copied project refers to it.
-struct Reference
-{
-    std::string abs;
-    std::string rel;
-    std::string link; // the name the project shows
-};
-
-Reference resolve(const std::string& include, const ProjectCopy& project)
-{
-    Reference file;
-    file.abs = kvo::path::ExpandRelativePath(project.srcProjectDir, include, '/');
-    const auto moveToCopy = [&] {
-        file.abs = kvo::path::ExpandRelativePath(project.dstProjectDir, file.rel, '/');
-    };
-    if (kvo::path::IsChildOfDirectory(project.srcProjectDir, file.abs)) {
-        file.rel = kvo::path::RelativePath(project.srcProjectDir, file.abs, '/');
-        file.link = file.rel;
-        if (project.localProjectFiles)
-            moveToCopy();
-    } else if (project.copyWrapper) {
-        // Relative to the solution, but read from the project's folder: the copied wrapper is one
-        // level closer to the projects than the SDK's own.
-        file.rel = kvo::path::RelativePath(project.solutionDir, file.abs, '/');
-        moveToCopy();
-        file.link = kvo::path::GetFilename(file.abs);
-    } else {
-        file.rel = kvo::path::GetFilename(file.abs);
-        file.link = file.rel;
-    }
-    return file;
-}
-
 void rewriteItem(CNode& item, ProjectCopy& project)
 {
     std::string& include = item.attributes["Include"];
     if (isExpression(include))
         return;
-    const Reference file = resolve(include, project);
+    std::string abs = kvo::path::ExpandRelativePath(project.srcProjectDir, include, '/');
+    const bool isLocal = kvo::path::IsChildOfDirectory(project.srcProjectDir, abs);
+    const bool isCopied = isLocal ? project.localProjectFiles : project.copyWrapper;
+    // Relative to the solution, but read from the project's folder: the copied wrapper is one level
+    // closer to the projects than the SDK's own.
+    const std::string& base = isLocal ? project.srcProjectDir : project.solutionDir;
+    const std::string rel =
+        isLocal || isCopied ? kvo::path::RelativePath(base, abs, '/') : kvo::path::GetFilename(abs);
+    if (isCopied)
+        abs = kvo::path::ExpandRelativePath(project.dstProjectDir, rel, '/');
+
     CNode* link = item.FindChild("Link");
-    const bool inDestination = kvo::path::IsChildOfDirectory(project.destination, file.abs);
-    const bool inProject = kvo::path::IsChildOfDirectory(project.dstProjectDir, file.abs);
-    include = inProject || inDestination ? file.rel : file.abs;
+    const bool inProject = kvo::path::IsChildOfDirectory(project.dstProjectDir, abs);
+    include = inProject || kvo::path::IsChildOfDirectory(project.destination, abs) ? rel : abs;
     if (inProject) {
         if (link)
             project.removals.push_back(link);
@@ -108,7 +83,8 @@ void rewriteItem(CNode& item, ProjectCopy& project)
         link = new CNode("Link");
         item.InsertChild(link, false);
     }
-    link->value = file.link;
+    // The name that the project shows.
+    link->value = isLocal ? rel : kvo::path::GetFilename(abs);
 }
 
 void rewriteItems(CNode& group, ProjectCopy& project)
@@ -133,8 +109,16 @@ void rewriteCopySteps(CNode& target, const ProjectCopy& project)
     }
 }
 
-void rewriteElements(const CNode& root, ProjectCopy& project)
+} // namespace
+
+void RewriteProject(const ProjectLocation& location, bool localProjectFiles, bool copyWrapper)
 {
+    ProjectCopy project{location, localProjectFiles, copyWrapper};
+    kvo::CXMLFile document;
+    if (!document.Load(project.srcProjectFile))
+        return;
+
+    const CNode& root = *document.GetCurr();
     for (CNode* group = root.FindChild("PropertyGroup"); group;
          group = group->FindNext("PropertyGroup"))
         rewriteOutputPath(*group, project);
@@ -142,30 +126,11 @@ void rewriteElements(const CNode& root, ProjectCopy& project)
         rewriteItems(*group, project);
     if (CNode* target = root.FindChild("Target"))
         rewriteCopySteps(*target, project);
-}
 
-} // namespace
-
-void RewriteProject(const ProjectLocation& location, bool localProjectFiles, bool copyWrapper)
-{
-    const auto srcProjectFile = kvo::path::MakePath(location.solutionDir, location.path, '/');
-    const auto dstProjectFile = kvo::path::MakePath(location.destination, location.path, '/');
-    kvo::CXMLFile document;
-    if (!document.Load(srcProjectFile))
-        return;
-
-    ProjectCopy project{.srcProjectDir = kvo::path::GetDirectory(srcProjectFile),
-                        .dstProjectDir = kvo::path::GetDirectory(dstProjectFile),
-                        .solutionDir = location.solutionDir,
-                        .destination = location.destination,
-                        .localProjectFiles = localProjectFiles,
-                        .copyWrapper = copyWrapper,
-                        .removals = {}};
-    rewriteElements(*document.GetCurr(), project);
     for (CNode* node : project.removals) {
         document.SetCurr(node);
         document.Remove();
         document.Root();
     }
-    static_cast<void>(document.Save(dstProjectFile));
+    static_cast<void>(document.Save(project.dstProjectFile));
 }
