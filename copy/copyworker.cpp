@@ -49,24 +49,28 @@ void CopyWorker::abort()
 
 void CopyWorker::run()
 {
+    const SdkLayout sdk{m_source};
     // Complete before the first copy, so that progress is a fraction of a known number.
-    const QList<CopyFileEntry> entries = copyList();
-    if (IsLeftAlone(m_destination, SdkLayout{m_source}) || !ClearDestination(m_destination))
+    const QList<CopyFileEntry> entries = copyList(sdk);
+    if (IsLeftAlone(m_destination, sdk) || !ClearDestination(m_destination))
         return;
     copyEntries(entries);
-    adaptCopy();
+    // Also after an abort, so that what was copied builds against the SDK.
+    if (m_dotnet)
+        FilterSln(sdk.solution, m_destination, /*localProjectFiles=*/true, m_copyWrapper);
+    else
+        FilterCMakeLists(m_destination + u"/CMakeLists.txt"_s, sdk.root);
 }
 
-QList<CopyFileEntry> CopyWorker::copyList() const
+QList<CopyFileEntry> CopyWorker::copyList(const SdkLayout& sdk) const
 {
-    const SdkLayout sdk{m_source};
     QList<QString> dotnetNames;
     GetDotnetDirs(dotnetNames, m_source);
-    if (!m_dotnet)
-        return ListCMakeCopy(sdk, m_destination, dotnetNames);
-    QList<CopyFileEntry> runtime;
-    GetSdkImports(runtime, m_source, m_destination);
-    return ListDotnetCopy(sdk, m_destination, dotnetNames, runtime, m_copyWrapper);
+    QList<CopyFileEntry> entries;
+    if (m_dotnet)
+        GetSdkImports(entries, m_source, m_destination);
+    ListCopy(entries, sdk, m_destination, dotnetNames, m_dotnet, m_copyWrapper);
+    return entries;
 }
 
 void CopyWorker::copyEntries(const QList<CopyFileEntry>& entries)
@@ -79,15 +83,4 @@ void CopyWorker::copyEntries(const QList<CopyFileEntry>& entries)
         ++i;
         emit progressChanged(double(i) / double(count));
     }
-}
-
-// Also after an abort, so that what was copied builds against the SDK.
-void CopyWorker::adaptCopy() const
-{
-    const SdkLayout sdk{m_source};
-    constexpr bool localProjectFiles = true;
-    if (m_dotnet)
-        FilterSln(sdk.solution, m_destination, localProjectFiles, m_copyWrapper);
-    else
-        FilterCMakeLists(m_destination + u"/CMakeLists.txt"_s, sdk.root);
 }

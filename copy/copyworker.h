@@ -5,6 +5,7 @@
 #include <atomic>
 
 struct CopyFileEntry;
+struct SdkLayout;
 
 // Copies the samples of one SDK to one destination and adapts the copy, once, on a thread of its
 // own. The owner starts it, and deletes it after `finished`; the destructor does not wait.
@@ -35,9 +36,8 @@ protected:
     void run() override;
 
 private:
-    QList<CopyFileEntry> copyList() const;
+    QList<CopyFileEntry> copyList(const SdkLayout& sdk) const;
     void copyEntries(const QList<CopyFileEntry>& entries);
-    void adaptCopy() const;
 
     const QString m_source;
     const QString m_destination;

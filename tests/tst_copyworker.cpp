@@ -87,7 +87,7 @@ private slots:
         QFETCH(Names, first);
         const bool dotnet = !first.isEmpty(), wrapper = first.size() > 3;
         const Sdk sdk;
-        const Names report = run(sdk, dotnet, wrapper);
+        const Names report = run(sdk, dotnet, wrapper || !dotnet);
         const Tree copy = sdk.copy();
         QTEST(Names(copy.keys()).join(u' '), "copied");
         QCOMPARE(report.size(), copy.size());

@@ -22,28 +22,19 @@ void append(QList<CopyFileEntry>& entries, const QString& source, const QString&
 
 } // namespace
 
-QList<CopyFileEntry> ListCMakeCopy(const SdkLayout& sdk, const QString& destination,
-                                   const QList<QString>& dotnetNames)
+void ListCopy(QList<CopyFileEntry>& entries, const SdkLayout& sdk, const QString& destination,
+              QList<QString> dotnetNames, bool dotnet, bool copyWrapper)
 {
-    QList<CopyFileEntry> entries;
-    QList<QString> items;
-    Walk(items, {}, sdk.samples, {}, dotnetNames + QList<QString>{solutionName});
-    append(entries, sdk.samples, destination, {}, items);
-    return entries;
-}
-
-QList<CopyFileEntry> ListDotnetCopy(const SdkLayout& sdk, const QString& destination,
-                                    const QList<QString>& dotnetNames,
-                                    const QList<CopyFileEntry>& runtime, bool copyWrapper)
-{
-    QList<CopyFileEntry> entries = runtime;
-    if (copyWrapper) {
+    if (dotnet && copyWrapper) {
         QList<QString> items = {{}}; // the folder itself
         Walk(items, {}, sdk.wrapper, {}, {u"doc"_s});
         append(entries, sdk.wrapper, destination, u"/dotnet"_s, items);
     }
+    dotnetNames.append(solutionName);
     QList<QString> items;
-    Walk(items, {}, sdk.samples, dotnetNames + QList<QString>{solutionName}, {});
+    if (dotnet)
+        Walk(items, {}, sdk.samples, dotnetNames, {});
+    else
+        Walk(items, {}, sdk.samples, {}, dotnetNames);
     append(entries, sdk.samples, destination, {}, items);
-    return entries;
 }
