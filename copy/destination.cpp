@@ -10,8 +10,6 @@
 #include <algorithm>
 #include <filesystem>
 
-using Qt::StringLiterals::operator""_s;
-
 namespace fs = std::filesystem;
 
 namespace {
@@ -32,22 +30,18 @@ fs::path resolved(const QString& path)
     return result.has_filename() ? result : result.parent_path();
 }
 
-// By identity, or by path where neither exists. Asks for both before, as `equivalent` may report
-// any error as a missing file.
-bool isSame(const fs::path& a, const fs::path& b, std::error_code& error)
-{
-    return a == b || (fs::exists(a, error) && fs::exists(b, error) && fs::equivalent(a, b, error));
-}
-
-// Whether `path` is `holder` or, going up from one folder to the next, lies in it. True also if
-// that cannot be found out.
+// Whether `path` is `holder` or, going up from one folder to the next, lies in it: by identity, or
+// by path where neither exists. True also if that cannot be found out.
 bool liesIn(fs::path path, const fs::path& holder)
 {
     std::error_code error;
-    while (!path.empty() && !isSame(path, holder, error) && !error) {
+    for (; !path.empty() && path != holder; path = path.parent_path()) {
+        // Asked first, as `equivalent` may report any error as a missing file.
+        const bool bothExist = fs::exists(path, error) && fs::exists(holder, error);
+        if ((bothExist && fs::equivalent(path, holder, error)) || error)
+            return true;
         if (path == path.parent_path())
             return false;
-        path = path.parent_path();
     }
     return true;
 }
@@ -62,12 +56,11 @@ bool holds(const QString& holder, const QString& path)
 // file system keeps.
 bool holdsMountPoint(const QString& path)
 {
-    const auto comparable = [](QString name) {
-        name = name.normalized(QString::NormalizationForm_C).toCaseFolded();
-        return name.endsWith(u'/') ? name : name + u'/';
+    const auto comparable = [](const QString& name) {
+        return name.normalized(QString::NormalizationForm_C).toCaseFolded();
     };
     const fs::path folder = resolved(path);
-    const QString name = comparable(QFileInfo(folder).filePath());
+    const QString name = comparable(QFileInfo(folder / "").filePath());
     const QList<QString> points = MountPoints();
     return folder.empty() || points.isEmpty() ||
            std::ranges::any_of(
@@ -87,15 +80,6 @@ bool holdsUserFolder(const QString& path)
     });
 }
 
-// True for a link, a file with more than one hard link, and what cannot be looked at. Only some
-// types are told apart from links on every platform.
-bool leadsElsewhere(const fs::path& path, fs::file_status status)
-{
-    std::error_code error;
-    return !(is_regular_file(status) || is_fifo(status) || is_socket(status)) ||
-           fs::hard_link_count(path, error) != 1;
-}
-
 bool removeContents(const fs::path& folder);
 
 // Removes the file, the link or the folder with its contents, as far as possible. Returns whether
@@ -107,8 +91,10 @@ bool removeAll(const fs::path& path)
     if (fs::remove(path, error) || !error)
         return true;
     const fs::file_status status = fs::symlink_status(path, error);
+    // Of what is no folder, only some types are told apart from links on every platform.
     if (!is_directory(status))
-        return !leadsElsewhere(path, status);
+        return (is_regular_file(status) || is_fifo(status) || is_socket(status)) &&
+               fs::hard_link_count(path, error) == 1;
     const bool isHarmless = removeContents(path);
     return fs::remove(path, error) || isHarmless;
 }
@@ -149,6 +135,6 @@ bool ClearDestination(const QString& destination)
         if (!QDir().rmdir(destination) && !isHarmless)
             return false;
     }
-    QDir(destination).mkpath(u"."_s);
+    QDir().mkpath(destination);
     return true;
 }
