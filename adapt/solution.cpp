@@ -24,10 +24,9 @@ struct ProjectLine
 {
     const char* name = nullptr;
     const char* path = nullptr;
-    explicit operator bool() const { return name; }
 };
 
-// Splits `line` in place. The result points into it, and is null for any other line.
+// Splits `line` in place. The fields point into it, and are null for any other line.
 ProjectLine parseProjectLine(char* line)
 {
     char* position = nullptr;
@@ -49,8 +48,8 @@ std::vector<std::string> readSolution(kvo::IFile& solution, kvo::IFile& copy)
         // Before the line is split.
         copy.WriteString(line);
         copy.WriteString("\r\n");
-        if (const ProjectLine project = parseProjectLine(line))
-            projects.push_back(kvo::path::ConvertSlashes(project.path, '/'));
+        if (const char* path = parseProjectLine(line).path)
+            projects.push_back(kvo::path::ConvertSlashes(path, '/'));
     }
     return projects;
 }
@@ -64,8 +63,8 @@ void GetDotnetDirs(QList<QString>& names, QString source)
         return;
     char line[lineSize];
     while (solution.readLine(line, lineSize) > 0) {
-        if (const ProjectLine project = parseProjectLine(line))
-            names.append(QString::fromUtf8(project.name));
+        if (const char* name = parseProjectLine(line).name)
+            names.append(QString::fromUtf8(name));
     }
 }
 
@@ -74,7 +73,7 @@ bool FilterSln(QString solutionPath, QString destination, bool localProjectFiles
     const std::string source = solutionPath.toStdString();
     const std::string target = destination.toStdString();
 
-    std::unique_ptr<kvo::IFile> solution(kvo::fileSystem()->Open(source, kvo::openForReading));
+    auto solution = kvo::fileSystem()->Open(source, kvo::openForReading);
     if (!solution)
         return false;
     const std::shared_ptr<kvo::CMemFile> copy = kvo::CMemFile::Create();
@@ -82,7 +81,7 @@ bool FilterSln(QString solutionPath, QString destination, bool localProjectFiles
     solution.reset();
 
     const std::string copyPath = kvo::path::MakePath(target, kvo::path::GetFilename(source), '/');
-    std::unique_ptr<kvo::IFile> output(kvo::fileSystem()->Open(copyPath, kvo::openForWriting));
+    auto output = kvo::fileSystem()->Open(copyPath, kvo::openForWriting);
     if (!output)
         return false;
     output->WriteBytes(copy->data(), copy->size());
