@@ -21,18 +21,6 @@ constexpr const char* sdkDylibImports[] = {
 };
 constexpr const char* sdkBinImports[] = {"qmav"};
 
-// Sorted by name: passed to entryInfoList, `NoSort` means the QDir's own order.
-QFileInfoList listFolder(const QString& folder)
-{
-    return QDir(folder).entryInfoList(
-        QDir::Dirs | QDir::Files | QDir::Drives | QDir::NoDotAndDotDot, QDir::NoSort);
-}
-
-QRegExp wildcard(const QString& pattern)
-{
-    return QRegExp(pattern, Qt::CaseSensitive, QRegExp::Wildcard);
-}
-
 // Appends the entry that copies `found` into `outputDir` and, with `whole`, its contents.
 void appendImport(QList<CopyFileEntry>& entries, const QDir& destination, const QString& outputDir,
                   const QFileInfo& found, bool whole)
@@ -46,16 +34,18 @@ void appendImport(QList<CopyFileEntry>& entries, const QDir& destination, const 
     }
 }
 
+// Appends what `source` holds of `baseNames`, for each of `outputDirs`.
 void appendImports(QList<CopyFileEntry>& entries, const QDir& destination,
-                   std::span<const QString> outputDirs, const QFileInfoList& listing,
+                   std::span<const QString> outputDirs, const QDir& source,
                    std::span<const char* const> baseNames, const char* prefix, const char* suffix)
 {
+    const QFileInfoList listing = source.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot);
     for (const QString& outputDir : outputDirs) {
         for (const char* baseName : baseNames) {
             const QString name = QString::fromLatin1(baseName);
-            const QRegExp folder = wildcard(name);
-            const QRegExp file =
-                wildcard(QString::fromLatin1(prefix) + name + QString::fromLatin1(suffix));
+            const QRegExp folder(name, Qt::CaseSensitive, QRegExp::Wildcard);
+            const QRegExp file(QLatin1StringView(prefix) + name + QLatin1StringView(suffix),
+                               Qt::CaseSensitive, QRegExp::Wildcard);
             for (const QFileInfo& entry : listing) {
                 const bool whole = entry.isDir() && folder.exactMatch(entry.fileName());
                 if (whole || file.exactMatch(entry.fileName()))
@@ -71,16 +61,13 @@ void GetSdkImports(QList<CopyFileEntry>& entries, QString source, QString destin
                    const ImportNames& names)
 {
     const SdkLayout sdk{source};
-    const QString bin = destination + u"/bin"_s;
-    const QString outputDirs[] = {bin + u"/Debug"_s, bin + u"/Release"_s};
-
     // The source is only there to be a folder, so that the copy creates one.
-    entries.append({sdk.bin, bin, u"/bin"_s});
-    entries.append({sdk.bin, outputDirs[0], u"/bin/Debug"_s});
-    entries.append({sdk.bin, outputDirs[1], u"/bin/Release"_s});
+    for (const QString& folder : {u"/bin"_s, u"/bin/Debug"_s, u"/bin/Release"_s})
+        entries.append({sdk.bin, destination + folder, folder});
 
-    appendImports(entries, QDir(destination), outputDirs, listFolder(sdk.bin), sdkBinImports,
-                  names.exePrefix, names.exeSuffix);
-    appendImports(entries, QDir(destination), outputDirs, listFolder(sdk.lib), sdkDylibImports,
-                  names.dylibPrefix, names.dylibSuffix);
+    const QString outputDirs[] = {destination + u"/bin/Debug"_s, destination + u"/bin/Release"_s};
+    appendImports(entries, destination, outputDirs, sdk.bin, sdkBinImports, names.exePrefix,
+                  names.exeSuffix);
+    appendImports(entries, destination, outputDirs, sdk.lib, sdkDylibImports, names.dylibPrefix,
+                  names.dylibSuffix);
 }

@@ -6,10 +6,9 @@
 void Walk(QList<QString>& out, QString relativePrefix, QString directory,
           const QList<QString>& includeNames, const QList<QString>& excludeNames)
 {
-    // Passed to entryInfoList, `NoSort` means the QDir's own order, which is by name unless set.
+    // By default, a QDir sorts by name.
     const QDir folder(directory, {}, QDir::NoSort);
-    const auto filters = QDir::Dirs | QDir::Files | QDir::Drives | QDir::NoDotAndDotDot;
-    for (const QFileInfo& entry : folder.entryInfoList(filters, QDir::NoSort)) {
+    for (const QFileInfo& entry : folder.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot)) {
         const QString path = entry.filePath();
         const auto name = QStringView(path).sliced(path.lastIndexOf(u'/') + 1);
         if (!includeNames.isEmpty() && !includeNames.contains(name))
