@@ -89,7 +89,7 @@ bool FilterSln(QString solutionPath, QString destination, bool localProjectFiles
 
     const std::string solutionDir = kvo::path::GetDirectory(source);
     for (const std::string& project : projects) {
-        const std::string copied = kvo::path::ExpandRelativePath(target, project, '/');
+        const std::string copied = kvo::path::MakePath(target, project, '/');
         if (kvo::path::IsChildOfDirectory(target, copied))
             RewriteProject({solutionDir, target, project}, localProjectFiles, copyWrapper);
     }

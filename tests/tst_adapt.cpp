@@ -151,7 +151,7 @@ private slots:
                                 "Project('{t}') = 'N', 'None\\N.csproj', '{3}'\n"
                                 "Project('{t}') = 'Bad', 'Bad\\Bad.csproj', '{4}'\n"
                                 "Project('{t}') = 'O', 'A\\..\\..\\out\\O.csproj', '{5}'\n"
-                                "Project('{t}')='É B' ,'B\\É 2.csproj','{6}'\n"
+                                "Project('{t}')='É B' ,'\\B\\É 2.csproj','{6}'\n"
                                 "Project('{t}') = 'no', 'A\\A.csproj'\n"
                                 "\tProject('{t}') = 'no', 'A\\A.csproj', '{1}'\n"
                                 " Project('{t}') = 'no', 'A\\A.csproj', '{1}'\n"
