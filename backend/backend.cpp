@@ -74,15 +74,6 @@ void Backend::readArguments()
     m_valid = positional == 2;
 }
 
-template <typename T>
-void Backend::assign(T& field, T value, void (Backend::*changed)())
-{
-    if (field == value)
-        return;
-    field = std::move(value);
-    emit(this->*changed)();
-}
-
 QString Backend::destinationUrl() const
 {
     return QUrl::fromLocalFile(m_destination).toString();
@@ -93,49 +84,9 @@ void Backend::setDestinationUrl(QString url)
     setDestination(QUrl(url).toLocalFile());
 }
 
-void Backend::setDestination(QString destination)
-{
-    assign(m_destination, std::move(destination), &Backend::destinationChanged);
-}
-
 bool Backend::destinationExists() const
 {
     return QFileInfo::exists(m_destination);
-}
-
-void Backend::setCopyWrapper(bool copyWrapper)
-{
-    assign(m_copyWrapper, copyWrapper, &Backend::copyWrapperChanged);
-}
-
-void Backend::setCopyProgress(double progress)
-{
-    assign(m_copyProgress, progress, &Backend::copyProgressChanged);
-}
-
-void Backend::setCopyFile(QString file)
-{
-    assign(m_copyFile, std::move(file), &Backend::copyFileChanged);
-}
-
-void Backend::setCopying(bool copying)
-{
-    assign(m_copying, copying, &Backend::copyingChanged);
-}
-
-void Backend::setRunCMake(bool runCMake)
-{
-    assign(m_runCMake, runCMake, &Backend::runCMakeChanged);
-}
-
-void Backend::setOpenSolution(bool openSolution)
-{
-    assign(m_openSolution, openSolution, &Backend::openSolutionChanged);
-}
-
-void Backend::setStatus(ESTATUS status)
-{
-    assign(m_status, status, &Backend::statusChanged);
 }
 
 bool Backend::isWindows() const

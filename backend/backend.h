@@ -51,24 +51,24 @@ public:
     QString destinationUrl() const;
     void setDestinationUrl(QString url);
     QString destination() const { return m_destination; }
-    void setDestination(QString destination);
+    void setDestination(QString path) { assign(m_destination, path, &Backend::destinationChanged); }
     bool destinationExists() const;
     bool copyWrapper() const { return m_copyWrapper; }
-    void setCopyWrapper(bool copyWrapper);
+    void setCopyWrapper(bool on) { assign(m_copyWrapper, on, &Backend::copyWrapperChanged); }
     double copyProgress() const { return m_copyProgress; }
-    void setCopyProgress(double progress);
+    void setCopyProgress(double to) { assign(m_copyProgress, to, &Backend::copyProgressChanged); }
     QString copyFile() const { return m_copyFile; }
-    void setCopyFile(QString file);
+    void setCopyFile(QString file) { assign(m_copyFile, file, &Backend::copyFileChanged); }
     bool copying() const { return m_copying; }
-    void setCopying(bool copying);
+    void setCopying(bool on) { assign(m_copying, on, &Backend::copyingChanged); }
     bool valid() const { return m_valid; }
     bool dotnet() const { return m_dotnet; }
     bool runCMake() const { return m_runCMake; }
-    void setRunCMake(bool runCMake);
+    void setRunCMake(bool on) { assign(m_runCMake, on, &Backend::runCMakeChanged); }
     bool openSolution() const { return m_openSolution; }
-    void setOpenSolution(bool openSolution);
+    void setOpenSolution(bool on) { assign(m_openSolution, on, &Backend::openSolutionChanged); }
     ESTATUS status() const { return m_status; }
-    void setStatus(ESTATUS status);
+    void setStatus(ESTATUS status) { assign(m_status, status, &Backend::statusChanged); }
     bool isWindows() const;
 
     // Stops a running copy after its current entry. Returns at once.
@@ -97,7 +97,13 @@ private:
     ESTATUS followUp() const;
 
     template <typename T>
-    void assign(T& field, T value, void (Backend::*changed)());
+    void assign(T& field, T value, void (Backend::*changed)())
+    {
+        if (field == value)
+            return;
+        field = std::move(value);
+        emit(this->*changed)();
+    }
 
     QString m_copyFile;
     QString m_source;
