@@ -8,12 +8,6 @@
 
 #include <atomic>
 
-namespace {
-
-std::atomic<bool> signalled = false;
-
-} // namespace
-
 #ifdef Q_OS_UNIX
 #include <QSocketNotifier>
 
@@ -22,9 +16,13 @@ std::atomic<bool> signalled = false;
 
 #include <fcntl.h>
 #include <unistd.h>
+#endif
 
 namespace {
 
+std::atomic<bool> signalled = false;
+
+#ifdef Q_OS_UNIX
 int pipeEnds[2]; // never closed, because a signal may arrive at any time
 
 void noteSignal(int /*number*/)
@@ -56,10 +54,11 @@ void quitOnSignals(QObject* context)
     }
 }
 
-} // namespace
 #else
-static void quitOnSignals(QObject* /*context*/) {}
+void quitOnSignals(QObject* /*context*/) {}
 #endif
+
+} // namespace
 
 QuitRequests::QuitRequests(Backend& backend)
     : m_backend(backend)

@@ -20,9 +20,8 @@ public:
     // Waits for a copy that goes on after its window was closed. A signal still aborts it.
     ~QuitRequests() override;
 
-protected:
+private:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-private:
     Backend& m_backend;
 };
