@@ -58,20 +58,12 @@ Backend::~Backend()
 
 void Backend::readArguments()
 {
-    int positional = 0;
-    const QStringList arguments = QCoreApplication::arguments().mid(1);
-    for (const QString& argument : arguments) {
-        if (argument == u"--dotnet"_s) {
-            m_dotnet = true;
-            continue;
-        }
-        if (positional == 0)
-            m_source = QDir::cleanPath(argument);
-        else if (positional == 1)
-            m_destination = QDir::cleanPath(m_destination + u'/' + argument);
-        ++positional;
-    }
-    m_valid = positional == 2;
+    QStringList arguments = QCoreApplication::arguments().mid(1);
+    m_dotnet = arguments.removeAll(u"--dotnet"_s) > 0;
+    m_source = QDir::cleanPath(arguments.value(0));
+    if (arguments.size() > 1)
+        m_destination = QDir::cleanPath(m_destination + u'/' + arguments.at(1));
+    m_valid = arguments.size() == 2;
 }
 
 QString Backend::destinationUrl() const
