@@ -1,7 +1,7 @@
 #include "app/startup.h"
 
 #include "backend/backend.h"
-#include "kvoui/kvoui.h"
+#include "kvoui/widgetfiledialog.h"
 
 #include <QAccessible>
 #include <QApplication>

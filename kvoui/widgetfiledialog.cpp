@@ -1,9 +1,10 @@
 #include "kvoui/widgetfiledialog.h"
 
 #include <QDir>
-#include <QFileDialog>
 #include <QFileInfo>
+#include <QQmlContext>
 #include <QWindow>
+#include <qqml.h>
 
 using Qt::StringLiterals::operator""_s;
 
@@ -21,20 +22,12 @@ QString nearestFolder(QString path)
     return path;
 }
 
-QWindow* windowAround(QObject* object)
-{
-    while (object && !object->isWindowType())
-        object = object->parent();
-    return static_cast<QWindow*>(object);
-}
-
 } // namespace
 
-WidgetFileDialog::WidgetFileDialog(QObject* parent)
-    : QObject(parent)
-{}
-
-WidgetFileDialog::~WidgetFileDialog() = default;
+void kvouiInitPlugin()
+{
+    qmlRegisterType<WidgetFileDialog>("com.zuvy.kvoui", 1, 0, "WidgetFileDialog");
+}
 
 void WidgetFileDialog::open()
 {
@@ -54,7 +47,8 @@ void WidgetFileDialog::open()
 
     // A widget cannot have a Quick window as its parent, but its window can stay above it.
     m_dialog->winId();
-    m_dialog->windowHandle()->setTransientParent(windowAround(parent()));
+    m_dialog->windowHandle()->setTransientParent(
+        qobject_cast<QWindow*>(qmlContext(this)->contextObject()));
     m_dialog->open();
 }
 

@@ -1,15 +1,13 @@
 #pragma once
 
-#include <QObject>
+#include <QFileDialog>
 #include <QUrl>
 
 #include <memory>
 
-class QFileDialog;
-
 // A file or folder chooser for QML: the platform's own dialog where there is one, else Qt's.
-// Offers local files only. `open` reads the properties. The dialog stays above the window that the
-// object is declared in.
+// Offers local files only. `open` reads the properties. The dialog stays above the window that its
+// document describes.
 class WidgetFileDialog : public QObject
 {
     Q_OBJECT
@@ -22,9 +20,6 @@ class WidgetFileDialog : public QObject
     Q_PROPERTY(QUrl fileUrl MEMBER m_fileUrl)
 
 public:
-    explicit WidgetFileDialog(QObject* parent = nullptr);
-    ~WidgetFileDialog() override;
-
     // Shows the dialog, or brings it to the front if it is open already; returns at once.
     Q_INVOKABLE void open();
 
@@ -41,3 +36,7 @@ private:
     bool m_selectMultiple = false;
     std::unique_ptr<QFileDialog> m_dialog; // null when none is open
 };
+
+// Makes the QML module "com.zuvy.kvoui" 1.0 importable, with the folder chooser WidgetFileDialog.
+// Call once, after the application object exists and before an engine loads a document.
+void kvouiInitPlugin();
