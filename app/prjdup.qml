@@ -77,14 +77,12 @@ ApplicationWindow {
                 Accessible.name: destinationLabel.text
 
                 ToolTip {
-                    id: destinationToolTip
-                    objectName: "destinationToolTip"
                     visible: destinationField.hovered
                     text: window.backend.destination
                     width: Math.min(destinationField.contentWidth + 1 + leftPadding + rightPadding, window.width - 16)
                     contentItem: WrappedText {
                         objectName: "toolTipText"
-                        text: destinationToolTip.text
+                        text: destinationField.text
                     }
                 }
             }
@@ -328,7 +326,6 @@ ApplicationWindow {
 
         header: Label {
             text: dialog.title
-            textFormat: Text.PlainText
             font.bold: true
             padding: 8
             bottomPadding: 0
@@ -345,19 +342,15 @@ ApplicationWindow {
 
         onAboutToShow: firstFocus = standardButton(firstButton)
 
-        ColumnLayout {
-            anchors { left: parent.left; right: parent.right; top: parent.top }
-
-            WrappedText {
-                objectName: "message"
-                // Only while it shows, as fitting it into no room at all slows the start.
-                text: messageDialog.visible ? messageDialog.text : ""
-                Layout.fillWidth: true
-                // A message too long for the window's fixed height is set in smaller type.
-                Layout.maximumHeight: messageDialog.room
-                fontSizeMode: Text.Fit
-                minimumPointSize: 1
-            }
+        WrappedText {
+            objectName: "message"
+            // Only while it shows, as fitting it into no room at all slows the start.
+            text: messageDialog.visible ? messageDialog.text : ""
+            width: parent.width
+            // A message too long for the window's fixed height is set in smaller type.
+            height: Math.min(implicitHeight, messageDialog.room)
+            fontSizeMode: Text.Fit
+            minimumPointSize: 1
         }
     }
 }
