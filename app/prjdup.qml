@@ -282,19 +282,13 @@ ApplicationWindow {
         id: label
 
         property string latest
-        property bool drawn: true
 
-        onLatestChanged: {
-            if (drawn)
-                text = latest
-            drawn = false
-        }
+        onLatestChanged: update()
 
         Connections {
             target: label.Window.window
             function onAfterAnimating() {
                 label.text = label.latest
-                label.drawn = true
             }
         }
     }
