@@ -150,6 +150,8 @@ ApplicationWindow {
         visible: window.backend.copying
         // There as long as a copy runs: what closes it earlier opens it again.
         onClosed: if (window.backend.copying) open()
+        // Abort keeps the focus, even from a control that is clicked meanwhile.
+        onActiveFocusChanged: if (window.backend.copying) abortButton.takeFocus()
         footer: ButtonBox {
             PushButton {
                 id: abortButton
