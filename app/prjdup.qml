@@ -146,7 +146,6 @@ ApplicationWindow {
         id: copyDlg
         objectName: "copyDlg"
         title: qsTr("Copy Progress")
-        firstFocus: abortButton
         visible: window.backend.copying
         // There as long as a copy runs: what closes it earlier opens it again.
         onClosed: if (window.backend.copying) open()
@@ -309,16 +308,12 @@ ApplicationWindow {
     component OverlayDialog: Dialog {
         id: dialog
 
-        // What has the focus whenever the dialog opens.
-        property PushButton firstFocus
-
         parent: Overlay.overlay
         x: (parent.width - width) / 2
         y: (parent.height - height) / 2
         width: parent.width - 16
         padding: 8
         focus: true
-        onOpened: firstFocus.takeFocus()
 
         header: Label {
             text: dialog.title
@@ -336,7 +331,7 @@ ApplicationWindow {
         property int firstButton
         readonly property real room: parent.height - implicitHeaderHeight - implicitFooterHeight - 2 * padding
 
-        onAboutToShow: firstFocus = standardButton(firstButton)
+        onOpened: standardButton(firstButton).takeFocus()
 
         WrappedText {
             objectName: "message"
