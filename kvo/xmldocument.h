@@ -3,6 +3,9 @@
 #include "kvo/xmlfile.h"
 #include "kvo/xmltext.h"
 
+#include <deque>
+#include <map>
+
 class QXmlStreamReader;
 
 namespace kvo {
@@ -11,14 +14,14 @@ namespace kvo {
 // callers.
 struct CXMLFile::Document
 {
-    // Reads `source` into `root`. False if it is malformed or refused. See xmlreader.cpp.
+    // Reads `source` into `elements`. False if it is malformed or refused. See xmlreader.cpp.
     bool Parse();
     // The text of `source`, changed where the tree has changed. See xmlwriter.cpp.
     QString Edited() const;
 
     CXMLText source;
-    std::unique_ptr<CNode> root;
-    std::vector<std::unique_ptr<CNode>> removed; // kept, as the caller may hold elements in them
+    std::deque<CNode> elements;             // in the order of the file, also the removed ones
+    std::map<qsizetype, qsizetype> removed; // where the removed ones begin and end
 
 private:
     class Writer;

@@ -29,24 +29,17 @@ void CXMLFile::CAttribArray::Remove(const char* name)
     std::erase_if(m_items, [name](const auto& item) { return item.first == name; });
 }
 
-CXMLFile::CNode::~CNode()
-{
-    // The children's children move up in front of their parent's sibling, so that no depth of
-    // nesting uses up the stack.
-    for (CNode* node = m_child; node;) {
-        if (node->m_child) {
-            node->m_lastChild->m_next = node->m_next;
-            node->m_next = std::exchange(node->m_child, nullptr);
-        }
-        delete std::exchange(node, node->m_next);
-    }
-}
-
 void CXMLFile::CNode::InsertChild(CNode* node, bool)
 {
     if (!node || node->m_isOwned)
         return;
     node->m_isOwned = true;
+    m_inserted.emplace_back(node);
+    Append(node);
+}
+
+void CXMLFile::CNode::Append(CNode* node)
+{
     node->m_parent = this;
     node->m_previous = m_lastChild;
     (m_lastChild ? m_lastChild->m_next : m_child) = node;
@@ -84,7 +77,7 @@ bool CXMLFile::Load(const std::string& path)
 
 bool CXMLFile::Save(const std::string& path) const
 {
-    const auto file = m_document->root ? OpenReplacement(path) : nullptr;
+    const auto file = m_document->elements.empty() ? nullptr : OpenReplacement(path);
     if (!file)
         return false;
     const auto bytes = m_document->source.Encode(m_document->Edited());
@@ -93,7 +86,7 @@ bool CXMLFile::Save(const std::string& path) const
 
 void CXMLFile::Root()
 {
-    m_current = m_document->root.get();
+    m_current = m_document->elements.empty() ? nullptr : &m_document->elements.front();
 }
 
 void CXMLFile::Remove()
@@ -104,7 +97,8 @@ void CXMLFile::Remove()
         (previous ? previous->m_next : parent->m_child) = next;
         (next ? next->m_previous : parent->m_lastChild) = previous;
         m_current->m_parent = m_current->m_previous = m_current->m_next = nullptr;
-        m_document->removed.emplace_back(m_current);
+        if (m_current->IsLoaded())
+            m_document->removed.emplace(m_current->m_begin, m_current->m_end);
     }
     Root();
 }

@@ -47,7 +47,6 @@ public:
         explicit CNode(std::string name)
             : name(std::move(name))
         {}
-        ~CNode(); // Frees all elements below it too.
         CNode(const CNode&) = delete;
         CNode& operator=(const CNode&) = delete;
 
@@ -75,7 +74,10 @@ public:
         bool IsLoaded() const { return m_end != 0; }
         bool HasLoadedChild() const { return m_child && m_child->IsLoaded(); }
 
-        bool m_isOwned = false; // also once it has been removed
+        void Append(CNode* node); // as the last child
+
+        bool m_isOwned = false;
+        std::vector<std::unique_ptr<CNode>> m_inserted; // also those that have been removed
         CNode* m_parent = nullptr;
         CNode* m_child = nullptr;
         CNode* m_lastChild = nullptr;
@@ -89,6 +91,7 @@ public:
         //     m_begin  |        |   m_end   m_begin    m_content, m_contentEnd, m_end
         //              |        m_contentEnd
         //              m_content
+        std::string m_loadedName;
         std::string m_loadedValue;
         CAttribArray m_loadedAttributes;
         std::ptrdiff_t m_begin = 0;

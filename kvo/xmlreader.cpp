@@ -71,7 +71,8 @@ bool CXMLFile::Document::Parse()
             open = open->m_parent;
         } else if (token == QXmlStreamReader::Characters && open && !open->m_child) {
             open->value += Utf8(reader.text());
-        } else if (token == QXmlStreamReader::DTD && (root || std::exchange(hasType, true))) {
+        } else if (token == QXmlStreamReader::DTD &&
+                   (!elements.empty() || std::exchange(hasType, true))) {
             return false; // the reader accepts any number anywhere
         }
     }
@@ -81,24 +82,23 @@ bool CXMLFile::Document::Parse()
 CXMLFile::CNode* CXMLFile::Document::OpenElement(CNode* parent, const QXmlStreamReader& reader,
                                                  qsizetype end)
 {
-    auto* node = new CNode(Utf8(reader.qualifiedName()));
-    node->m_begin = source.Text().lastIndexOf(u'<', end - 1);
-    node->m_content = node->m_contentEnd = node->m_end = end;
+    CNode& node = elements.emplace_back(Utf8(reader.qualifiedName()));
+    node.m_isOwned = true;
+    node.m_loadedName = node.name;
+    node.m_begin = source.Text().lastIndexOf(u'<', end - 1);
+    node.m_content = node.m_contentEnd = node.m_end = end;
     if (parent) {
         parent->value.clear();
-        parent->InsertChild(node, false);
-    } else {
-        node->m_isOwned = true;
-        root.reset(node);
+        parent->Append(&node);
     }
     const QXmlStreamAttributes attributes = reader.attributes(); // const, so as not to detach
     for (const QXmlStreamAttribute& attribute : attributes) {
         if (!attribute.isDefault())
-            node->attributes.m_items.emplace_back(Utf8(attribute.qualifiedName()),
-                                                  Utf8(attribute.value()));
+            node.attributes.m_items.emplace_back(Utf8(attribute.qualifiedName()),
+                                                 Utf8(attribute.value()));
     }
-    node->m_loadedAttributes = node->attributes;
-    return node;
+    node.m_loadedAttributes = node.attributes;
+    return &node;
 }
 
 } // namespace kvo

@@ -78,14 +78,6 @@ QString CXMLText::Lead(qsizetype position) const
     return m_lineEnd + m_text.mid(line, position - line);
 }
 
-QString CXMLText::Name(qsizetype tag) const
-{
-    qsizetype end = tag + 1;
-    while (!spaces.contains(m_text[end]) && m_text[end] != u'/' && m_text[end] != u'>')
-        ++end;
-    return m_text.mid(tag + 1, end - tag - 1);
-}
-
 std::pair<qsizetype, qsizetype> CXMLText::NextValue(qsizetype position) const
 {
     qsizetype quote = m_text.indexOf(u'=', position) + 1;

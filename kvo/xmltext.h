@@ -36,8 +36,6 @@ public:
     qsizetype BlanksAfter(qsizetype position) const;
     // The line end and indentation before the position; empty if it is not the first on its line.
     QString Lead(qsizetype position) const;
-    // The name in the start tag that begins at `tag`.
-    QString Name(qsizetype tag) const;
     // Where the value of the first attribute after the position, without its quotes, begins and
     // ends; the position is the end of the name of a start tag or of another attribute.
     std::pair<qsizetype, qsizetype> NextValue(qsizetype position) const;

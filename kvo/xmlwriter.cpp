@@ -2,7 +2,6 @@
 #include "kvo/xmldocument.h"
 
 #include <algorithm>
-#include <map>
 
 using Qt::StringLiterals::operator""_s;
 
@@ -20,31 +19,21 @@ public:
     QString Edited()
     {
         TakeOutRemoved();
-        for (const CNode* node = m_document.root.get(); node; node = Following(node)) {
-            EditAttributes(*node);
-            EditContent(*node);
+        for (const CNode& node : m_document.elements) {
+            EditAttributes(node);
+            EditContent(node);
         }
         return m_edits.Applied(m_source.Text());
     }
 
 private:
-    // The next loaded element in the order of the file; inserted siblings come after loaded ones.
-    static const CNode* Following(const CNode* node)
-    {
-        if (node->HasLoadedChild())
-            return node->m_child;
-        while (node && !(node->m_next && node->m_next->IsLoaded()))
-            node = node->m_parent;
-        return node ? node->m_next : nullptr;
-    }
-
     void EditAttributes(const CNode& node)
     {
         const auto& items = node.attributes.m_items;
         const auto& loaded = node.m_loadedAttributes.m_items;
         if (items == loaded)
             return;
-        qsizetype position = node.m_begin + 1 + m_source.Name(node.m_begin).size();
+        qsizetype position = node.m_begin + 1 + QString::fromStdString(node.m_loadedName).size();
         auto now = items.begin();
         // Attributes are only removed, or added at the end, so one pass finds which are which.
         for (const auto& [name, value] : loaded) {
@@ -76,7 +65,7 @@ private:
         if (node.m_content == node.m_end) {
             m_edits.Replace(m_source.SpaceBefore(node.m_end - 2), node.m_end,
                             u'>' + m_source.Escaped(node.value) + added + u"</"_s +
-                                m_source.Name(node.m_begin) + u'>');
+                                QString::fromStdString(node.m_loadedName) + u'>');
             return;
         }
         if (changed)
@@ -99,11 +88,7 @@ private:
     // A whole line goes with the white space before it. What else is on a line stays where it is.
     void TakeOutRemoved()
     {
-        std::map<qsizetype, qsizetype> removed; // where they begin and end
-        for (const auto& node : m_document.removed) {
-            if (node->IsLoaded())
-                removed.emplace(node->m_begin, node->m_end);
-        }
+        const auto& removed = m_document.removed;
         for (auto next = removed.begin(); next != removed.end();) {
             const qsizetype begin = next->first;
             qsizetype end = begin;

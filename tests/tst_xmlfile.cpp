@@ -96,7 +96,8 @@ private slots:
 
     void walksElements()
     {
-        const QByteArray text = "<!DOCTYPE r [<!ENTITY e '<d/>'>]><r>t&e;<a><c/></a><b/><a/>t</r>";
+        const QByteArray text =
+            " \n<!DOCTYPE r [<!ENTITY e '<d/>'>]><r>t&e;<a><c/></a><b/><a/>t</r>";
         CXMLFile file;
         QVERIFY(load(file, text));
         auto* const r = file.GetCurr();
@@ -106,11 +107,13 @@ private slots:
         QVERIFY(a->Next() == b && b->Next() == a->FindNext("a"));
         QVERIFY(!a->FindNext("c") && !a->FindChild("b") && !b->FindChild("c") &&
                 !b->Next()->Next());
-        for (auto* const node : {r, b, b->Child()})
+        auto* const n = new CXMLFile::CNode("n");
+        for (auto* const node : {r, b, b->Child(), n, n})
             r->InsertChild(node, false);
-        file.SetCurr(b->Child());
-        file.Remove();
-        file.Remove();
+        for (auto* const node : {r, b->Child(), n, n}) {
+            file.SetCurr(node);
+            file.Remove();
+        }
         QCOMPARE(saved(file), text);
     }
 
