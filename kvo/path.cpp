@@ -1,6 +1,6 @@
 #include "kvo/path.h"
 
-#include "kvo/utf8.h"
+#include "kvo/text.h"
 
 #include <QDir>
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <QString>
+#include <QStringDecoder>
+
 #include <string_view>
 
 namespace kvo {
@@ -8,6 +11,14 @@ namespace kvo {
 inline bool Contains(std::string_view text, std::string_view part)
 {
     return text.find(part) != std::string_view::npos;
+}
+
+// Like QString::fromUtf8, but keeps a byte order mark at the beginning.
+inline QString FromUtf8(std::string_view utf8)
+{
+    using Flag = QStringDecoder::Flag;
+    QStringDecoder decode(QStringDecoder::Utf8, Flag::Stateless | Flag::ConvertInitialBom);
+    return decode(utf8);
 }
 
 } // namespace kvo

@@ -1,6 +1,6 @@
 #include "kvo/xmltext.h"
 
-#include "kvo/utf8.h"
+#include "kvo/text.h"
 
 #include <QXmlStreamReader>
 
