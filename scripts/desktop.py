@@ -1,5 +1,6 @@
 """The real program on an X display: found over AT-SPI, pressed with real mouse and key events."""
 
+import contextlib
 import ctypes
 import os
 import struct
@@ -9,15 +10,17 @@ import time
 import gi
 
 gi.require_version("Atspi", "2.0")
-from gi.repository import Atspi
+from gi.repository import Atspi, GLib
 
 
 def wait(condition, what, seconds=60):
     """Returns the first true value of `condition`."""
     end = time.monotonic() + seconds
     while time.monotonic() < end:
-        if value := condition():
-            return value
+        # What it reads may end meanwhile.
+        with contextlib.suppress(GLib.Error):
+            if value := condition():
+                return value
         time.sleep(0.05)
     raise TimeoutError(f"no {what} within {seconds} seconds, only:{tree(Atspi.get_desktop(0))}")
 
