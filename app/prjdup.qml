@@ -45,21 +45,21 @@ ApplicationWindow {
             visible: window.backend.dotnet
             text: qsTr("Copy .NET wrapper so it can also be modified.")
             checked: window.backend.copyWrapper
-            onToggled: window.backend.copyWrapper = checked
+            onCheckedChanged: window.backend.copyWrapper = checked
         }
         Option {
             objectName: "openSolutionBox"
             visible: window.backend.dotnet
             text: qsTr("Open the solution after copying.")
             checked: window.backend.openSolution
-            onToggled: window.backend.openSolution = checked
+            onCheckedChanged: window.backend.openSolution = checked
         }
         Option {
             objectName: "runCMakeBox"
             visible: !window.backend.dotnet
             text: qsTr("Run CMake-GUI after copying to generate buildable projects.")
             checked: window.backend.runCMake
-            onToggled: window.backend.runCMake = checked
+            onCheckedChanged: window.backend.runCMake = checked
         }
         Label {
             id: destinationLabel
@@ -261,15 +261,10 @@ ApplicationWindow {
     component Option: CheckBox {
         id: option
 
-        function press() {
-            toggle()
-            toggled()
-        }
-
-        Accessible.onPressAction: press()
-        Accessible.onToggleAction: press()
+        Accessible.onPressAction: toggle()
+        Accessible.onToggleAction: toggle()
         Keys.forwardTo: PressKeys {
-            onPress: option.press()
+            onPress: option.toggle()
         }
     }
 
