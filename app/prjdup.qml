@@ -308,7 +308,6 @@ ApplicationWindow {
         y: (parent.height - height) / 2
         width: parent.width - 16
         padding: 8
-        focus: true
 
         header: Label {
             text: dialog.title
