@@ -147,10 +147,10 @@ ApplicationWindow {
         objectName: "copyDlg"
         title: qsTr("Copy Progress")
         visible: window.backend.copying
-        // There as long as a copy runs: what closes it earlier opens it again.
+        // Shown as long as a copy runs: if anything closes it earlier, it opens again.
         onClosed: if (window.backend.copying) open()
-        // Abort keeps the focus, even from a control that is clicked meanwhile.
-        onActiveFocusChanged: if (window.backend.copying) abortButton.takeFocus()
+        // Later, as a click that closed it then gives the focus to what was clicked.
+        onOpened: Qt.callLater(abortButton.takeFocus) // qmllint disable type
         footer: ButtonBox {
             PushButton {
                 id: abortButton
@@ -273,7 +273,7 @@ ApplicationWindow {
         wrapMode: Text.Wrap
     }
 
-    // Lays out only what a frame shows of a text that changes far faster.
+    // Sets its text once a frame, since it changes far more often.
     component LatestText: Label {
         id: label
 
