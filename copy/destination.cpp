@@ -118,8 +118,8 @@ bool IsLeftAlone(const QString& destination, const SdkLayout& sdk)
     const bool exists = fs::exists(folder, error);
     return destination.isEmpty() || folder.empty() || error || holdsUserFolder(destination) ||
            (exists && holdsMountPoint(destination)) ||
-           std::ranges::any_of(sdk.folders(), [&](const QString& folder) {
-               return holds(destination, folder) || (exists && holds(folder, destination));
+           std::ranges::any_of(sdk.folders(), [&](const QString& source) {
+               return holds(destination, source) || (exists && holds(source, destination));
            });
 }
 

@@ -14,8 +14,8 @@ namespace kvo {
 // DTDs and entities outside the file are never read. Refused although well-formed: XML 1.1, more
 // than 1,000 attributes in a tag or 64,000 characters of attribute lists in a DTD, an entity that
 // expands to over 4,096 characters (fewer where entities are used very often), names with
-// characters beyond U+FFFF, and encodings that Qt was built without. Elements in an entity's text
-// are no nodes; they stay as written.
+// characters that only the fifth edition of XML 1.0 allows, and encodings that Qt was built
+// without. Elements in an entity's text are no nodes; they stay as written.
 class CXMLFile
 {
 public:
@@ -44,13 +44,13 @@ public:
     {
     public:
         // A detached element; the caller's until it is inserted. The name must be a valid one.
-        explicit CNode(std::string name)
-            : name(std::move(name))
+        explicit CNode(std::string elementName)
+            : name(std::move(elementName))
         {}
         CNode(const CNode&) = delete;
         CNode& operator=(const CNode&) = delete;
 
-        // Makes the node, created by the caller, the last child; it belongs to this node then.
+        // Makes the node, created with `new`, the last child; it belongs to this node then.
         // Ignored when the node is null or was inserted before. The boolean has no effect.
         void InsertChild(CNode* node, bool);
 
