@@ -26,6 +26,6 @@ inline constexpr const ImportNames& nativeImportNames = linuxImportNames;
 
 // Appends the entries that make "bin/Debug" and "bin/Release" below the folder `destination` and
 // fill both with the SDK's runtime: its executable from "bin" and its libraries from "lib", the
-// siblings of the samples folder `source`. What does not exist is left out.
+// siblings of the samples folder `source`. Files that do not exist are left out.
 void GetSdkImports(QList<CopyFileEntry>& entries, QString source, QString destination,
                    const ImportNames& names = nativeImportNames);

@@ -4,7 +4,7 @@
 #include "kvoui/widgetfiledialog.h"
 
 #include <QAccessible>
-#include <QApplication>
+#include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQuickStyle>
 #include <QUrl>
@@ -23,7 +23,7 @@ QIcon prepareApplication()
     kvouiInitPlugin();
     qmlRegisterType<Backend>("com.zuvy", 1, 0, "Backend");
 
-    // Or a screen reader would be told about items while they are destroyed.
+    // Otherwise a screen reader would be told about items while they are destroyed.
     QObject::connect(qApp, &QCoreApplication::aboutToQuit,
                      [] { QAccessible::installUpdateHandler([](QAccessibleEvent*) {}); });
     return icon;

@@ -117,7 +117,7 @@ void Backend::start()
             Qt::QueuedConnection);
 }
 
-// However the copy ended: what follows an aborted or failed one is the same.
+// Runs however the copy ended: what follows an aborted or failed one is the same.
 void Backend::finishedCopyWorker()
 {
     m_worker->deleteLater();

@@ -19,6 +19,7 @@ public:
     QString Edited()
     {
         TakeOutRemoved();
+        // What is edited in a removed element goes with it.
         for (const CNode& node : m_document.elements) {
             EditAttributes(node);
             EditContent(node);

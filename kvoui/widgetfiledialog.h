@@ -6,8 +6,8 @@
 #include <memory>
 
 // A file or folder chooser for QML: the platform's own dialog where there is one, else Qt's.
-// Offers local files only. `open` reads the properties. The dialog stays above the window that its
-// document describes.
+// Offers local files only. `open` reads the properties. The dialog stays above the window at
+// the root of the QML document that creates the object.
 class WidgetFileDialog : public QObject
 {
     Q_OBJECT

@@ -8,5 +8,5 @@ struct CopyFileEntry
 {
     QString sourcePath;
     QString destinationPath;
-    QString relativePath; // relative to the destination root; only for display
+    QString relativePath; // to the destination, mostly beginning with "/"; only for display
 };
