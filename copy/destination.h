@@ -6,8 +6,8 @@ struct SdkLayout;
 
 // Whether a copy must leave the folder `destination` alone because more than an old copy could be
 // lost. True for an empty path, and for a folder that
-// - is, holds or lies in a folder of `sdk` that is copied from, though one that does not exist yet
-//   may lie there;
+// - is, holds or lies in one of the folders of `sdk`, though one that does not exist yet may lie
+//   there;
 // - is or holds the home folder or one of the user's standard folders (documents, pictures, ...);
 // - is or holds a mount point.
 // Neither links nor the spelling of a path hide any of this. True also if it cannot be found out.

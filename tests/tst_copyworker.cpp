@@ -141,9 +141,9 @@ private slots:
                                     Paths::writableLocation(Paths::MoviesLocation)})
             QVERIFY(IsLeftAlone(path, layout));
         for (const char* path :
-             {".", "sdk/samples/a", "sdk/bin", "sdk/lib", "sdk/dotnet", "links", "links/b", "loop",
-              "/dev", "u", "u/home/Desktop", "u/home/Documents", "u/home/Downloads", "u/home/Music",
-              "u/home/Pictures"})
+             {".", "sdk/samples/a", "sdk/bin", "sdk/lib", "sdk/dotnet", "sdk/include", "links",
+              "links/b", "loop", "/dev", "u", "u/home/Desktop", "u/home/Documents",
+              "u/home/Downloads", "u/home/Music", "u/home/Pictures"})
             QVERIFY2(IsLeftAlone(sdk.path(path), layout), path);
         for (const char* path : {"sdk/samples/new", "u/home/Documents/new"})
             QVERIFY2(!IsLeftAlone(sdk.path(path), layout), path);

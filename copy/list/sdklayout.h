@@ -16,7 +16,8 @@ struct SdkLayout
     QString bin = QDir::cleanPath(samples + QStringLiteral("/../bin"));
     QString lib = QDir::cleanPath(samples + QStringLiteral("/../lib"));
     QString wrapper = QDir::cleanPath(samples + QStringLiteral("/../dotnet"));
+    QString headers = QDir::cleanPath(samples + QStringLiteral("/../include"));
 
-    // All that is copied from, in either mode.
-    QList<QString> folders() const { return {samples, bin, lib, wrapper}; }
+    // All that is copied from, or that copies are built with.
+    QList<QString> folders() const { return {samples, bin, lib, wrapper, headers}; }
 };
