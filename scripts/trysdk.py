@@ -24,7 +24,7 @@ from samples import (
 
 PLACEHOLDER = '#set(ZUVYSDKDIR "@PRJDUP_ZUVYSDKDIR@")'
 PROJECT_LINE = re.compile(r'Project\("[^"]*"\)[ =]*"[^"]*"[, ]*"([^"]*proj)"')
-ERROR = re.compile(r"\berror\b|undefined reference", re.IGNORECASE)
+ERROR = re.compile(r"\berror\b(?! \d)|undefined reference|No rule to make", re.IGNORECASE)
 # Elements and attributes that name no file that a build reads.
 IGNORED = re.compile(r"(Link|OutputPath|BaseIntermediateOutputPath|DocumentationFile)\b|.* Condition$")
 # A path that leads upward, "..".
@@ -106,6 +106,8 @@ class Trial:
         self.build("CMake", build_cmake, run_cmake, destination)
 
     def try_dotnet(self, name, boxes):
+        if not (self.sdk / "bin").is_dir():
+            self.faults.append("bin: no such folder, so the copies get no runtime libraries")
         destination = self.copy(name, [*boxes, SOLUTION_BOX], "--dotnet")
         self.check_projects(name, destination)
         if not solution_builder():
@@ -188,9 +190,13 @@ def main():
         sys.exit(f"{trial.samples} holds neither CMakeLists.txt nor dotnet.sln")
     if has_cmake:
         trial.try_cmake()
+    else:
+        trial.results["CMake"] = "not tried: no samples/CMakeLists.txt"
     if has_dotnet:
         trial.try_dotnet("dotnet", [])
         trial.try_dotnet("dotnet with wrapper", [WRAPPER_BOX])
+    else:
+        trial.results["dotnet"] = "not tried: no samples/dotnet.sln"
     sys.exit(0 if trial.report() else 1)
 
 

@@ -17,6 +17,8 @@ FAULTS = {
         "CMakeLists.txt": SET + "message(FATAL_ERROR no)"
     },
     "dotnet.sln:1: P/P.csproj is not in the copy": {"dotnet.sln": LINE.format("P")},
+    "CMake                         not tried": {"dotnet.sln": ""},
+    "bin: no such folder": {"dotnet.sln": ""},
     "P.csproj:1: not well-formed XML": {"dotnet.sln": LINE.format("P"), "P/P.csproj": "<P"},
 }
 # What projects refer to: "+" is in both copies, "-" in none and "w" in none with the wrapper.
