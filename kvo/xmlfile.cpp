@@ -34,7 +34,7 @@ void CXMLFile::CNode::InsertChild(CNode* node, bool)
     if (!node || node->m_isOwned)
         return;
     node->m_isOwned = true;
-    m_inserted.emplace_back(node);
+    m_inserted.emplace_front(node);
     Append(node);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <forward_list>
 #include <memory>
 #include <string>
 #include <utility>
@@ -77,7 +78,7 @@ public:
         void Append(CNode* node); // as the last child
 
         bool m_isOwned = false;
-        std::vector<std::unique_ptr<CNode>> m_inserted; // also those that have been removed
+        std::forward_list<std::unique_ptr<CNode>> m_inserted; // also those that have been removed
         CNode* m_parent = nullptr;
         CNode* m_child = nullptr;
         CNode* m_lastChild = nullptr;
@@ -91,13 +92,13 @@ public:
         //     m_begin  |        |   m_end   m_begin    m_content, m_contentEnd, m_end
         //              |        m_contentEnd
         //              m_content
-        std::string m_loadedName;
         std::string m_loadedValue;
         CAttribArray m_loadedAttributes;
         std::ptrdiff_t m_begin = 0;
         std::ptrdiff_t m_content = 0;
         std::ptrdiff_t m_contentEnd = 0;
         std::ptrdiff_t m_end = 0;
+        std::ptrdiff_t m_nameSize = 0;
     };
 
     // An empty document, without any node.

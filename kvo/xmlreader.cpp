@@ -84,7 +84,7 @@ CXMLFile::CNode* CXMLFile::Document::OpenElement(CNode* parent, const QXmlStream
 {
     CNode& node = elements.emplace_back(Utf8(reader.qualifiedName()));
     node.m_isOwned = true;
-    node.m_loadedName = node.name;
+    node.m_nameSize = reader.qualifiedName().size();
     node.m_begin = source.Text().lastIndexOf(u'<', end - 1);
     node.m_content = node.m_contentEnd = node.m_end = end;
     if (parent) {

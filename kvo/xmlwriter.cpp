@@ -34,7 +34,7 @@ private:
         const auto& loaded = node.m_loadedAttributes.m_items;
         if (items == loaded)
             return;
-        qsizetype position = node.m_begin + 1 + QString::fromStdString(node.m_loadedName).size();
+        qsizetype position = node.m_begin + 1 + node.m_nameSize;
         auto now = items.begin();
         // Attributes are only removed, or added at the end, so one pass finds which are which.
         for (const auto& [name, value] : loaded) {
@@ -66,7 +66,7 @@ private:
         if (node.m_content == node.m_end) {
             m_edits.Replace(m_source.SpaceBefore(node.m_end - 2), node.m_end,
                             u'>' + m_source.Escaped(node.value) + added + u"</"_s +
-                                QString::fromStdString(node.m_loadedName) + u'>');
+                                m_source.Text().sliced(node.m_begin + 1, node.m_nameSize) + u'>');
             return;
         }
         if (changed)
