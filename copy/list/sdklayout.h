@@ -6,8 +6,8 @@
 
 inline constexpr QLatin1StringView solutionName("dotnet.sln");
 
-// Where an SDK keeps what is copied. Made from the path of its samples folder, relative or
-// absolute, as in SdkLayout{"/sdk/samples"}; no path but the root ends in "/".
+// Where an SDK keeps what is copied, or needed to build a copy. Made from the path of its samples
+// folder, relative or absolute, as in SdkLayout{"/sdk/samples"}; no path but the root ends in "/".
 struct SdkLayout
 {
     QString samples;
@@ -18,6 +18,6 @@ struct SdkLayout
     QString wrapper = QDir::cleanPath(samples + QStringLiteral("/../dotnet"));
     QString headers = QDir::cleanPath(samples + QStringLiteral("/../include"));
 
-    // All that is copied from, or that copies are built with.
+    // All that a copy must not remove.
     QList<QString> folders() const { return {samples, bin, lib, wrapper, headers}; }
 };
