@@ -15,21 +15,11 @@ namespace {
 
 constexpr std::string_view separators = "/\\";
 
-// Those of one path: where the platform allows "\" in a name, an absolute path is taken as it is.
-std::string_view SeparatorsOf(std::string_view path)
-{
-    const bool asIs = fs::path::preferred_separator == '/' && path.starts_with('/');
-    return asIs ? separators.substr(0, 1) : separators;
-}
-
 // The only place that turns text into a path. It goes through UTF-16, because on Windows a path
 // from bytes that are not UTF-8 would throw.
 fs::path FromText(std::string_view text)
 {
-    QString slashed = FromUtf8(text);
-    if (SeparatorsOf(text) == separators)
-        slashed.replace(u'\\', u'/');
-    return slashed.toStdU16String();
+    return FromUtf8(text).replace(u'\\', u'/').toStdU16String();
 }
 
 std::string ToText(const fs::path& path, char separator)
@@ -54,23 +44,19 @@ fs::path Absolute(std::string_view path)
 
 std::string GetFilename(std::string_view path)
 {
-    return std::string(path.substr(path.find_last_of(SeparatorsOf(path)) + 1));
+    return std::string(path.substr(path.find_last_of(separators) + 1));
 }
 
 std::string GetDirectory(std::string_view path)
 {
-    const std::size_t separator = path.find_last_of(SeparatorsOf(path));
-    if (separator == std::string_view::npos)
-        return {};
-    const std::size_t last = path.find_last_not_of(SeparatorsOf(path), separator);
-    return std::string(path.substr(0, last == std::string_view::npos ? 1 : last + 1));
+    return ToText(FromText(path).parent_path(), '/');
 }
 
 std::string MakePath(std::string_view folder, std::string_view name, char separator)
 {
     if (folder.empty())
         return std::string(name);
-    std::string joined(folder.substr(0, folder.find_last_not_of(SeparatorsOf(folder)) + 1));
+    std::string joined(folder.substr(0, folder.find_last_not_of(separators) + 1));
     joined += separator;
     joined += name.substr(std::min(name.find_first_not_of(separators), name.size()));
     return joined;
@@ -93,10 +79,7 @@ std::string RelativePath(std::string_view base, std::string_view target, char se
 {
     const fs::path absolute = Absolute(target);
     const fs::path relative = absolute.lexically_relative(Absolute(base));
-    // A relative path with "\" in a name would be read as another one.
-    const bool leadsThere =
-        !relative.empty() && relative.generic_u16string().find(u'\\') == std::u16string::npos;
-    return ToText(leadsThere ? relative : absolute, separator);
+    return ToText(relative.empty() ? absolute : relative, separator);
 }
 
 bool IsChildOfDirectory(std::string_view folder, std::string_view path)

@@ -4,14 +4,15 @@
 #include <string_view>
 
 // Path operations on UTF-8 text. Nothing here looks at the disk: links are not followed and case
-// counts. Both "/" and "\" separate the components of an argument, but in one that begins with "/"
-// on Unix "\" is part of a name; `separator` is what a result is joined with.
+// counts. Both "/" and "\" separate the components of an argument; `separator` is what a result is
+// joined with. Bytes that are not UTF-8 may become U+FFFD.
 namespace kvo::path {
 
 // What follows the last separator; empty when the path ends in one.
 std::string GetFilename(std::string_view path);
 
-// The folder part, without a trailing separator except for the root; empty if there is none.
+// The folder part, joined with "/", without a trailing one except for the root; empty if there is
+// none.
 std::string GetDirectory(std::string_view path);
 
 // `folder` and the relative `name` joined by exactly one separator; both otherwise unchanged.
@@ -23,15 +24,15 @@ std::string ConvertSlashes(std::string_view path, char separator);
 
 // The functions below resolve "." and "..", which climbs no higher than the root. A base, target or
 // folder that is relative or empty is taken from the current folder. Results have no trailing
-// separator, except for the root, and U+FFFD in place of bytes that are not UTF-8.
+// separator, except for the root.
 
 // The absolute path that `path` names when it is read in the folder `base`: `base` itself if `path`
 // is empty, `path` normalized if it is absolute.
 std::string ExpandRelativePath(std::string_view base, std::string_view path, char separator);
 
 // `target` as seen from the folder `base`, climbing with ".." where needed; "." for the folder
-// itself, and the absolute target when no relative path leads there (another drive, a name with
-// "\"). ExpandRelativePath(base, RelativePath(base, target, '/'), '/') is the normalized target.
+// itself, and the absolute target when no relative path leads there (another drive).
+// ExpandRelativePath(base, RelativePath(base, target, '/'), '/') is the normalized target.
 std::string RelativePath(std::string_view base, std::string_view target, char separator);
 
 // Whether `path` lies inside `folder`, at any depth. A folder does not lie inside itself.
