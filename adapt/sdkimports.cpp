@@ -36,19 +36,20 @@ void appendImport(QList<CopyFileEntry>& entries, const QDir& destination, const 
 
 // Appends what `source` holds of `baseNames`, for each of `outputDirs`.
 void appendImports(QList<CopyFileEntry>& entries, const QDir& destination,
-                   std::span<const QString> outputDirs, const QDir& source,
+                   std::span<const QString> outputDirs, const QString& source,
                    std::span<const char* const> baseNames, const char* prefix, const char* suffix)
 {
-    const QFileInfoList listing = source.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    const QDir folder(source, {}, QDir::NoSort);
+    const QFileInfoList listing = folder.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot);
     for (const QString& outputDir : outputDirs) {
         for (const char* baseName : baseNames) {
             const QString name = QString::fromLatin1(baseName);
-            const QRegExp folder(name, Qt::CaseSensitive, QRegExp::Wildcard);
-            const QRegExp file(QLatin1StringView(prefix) + name + QLatin1StringView(suffix),
-                               Qt::CaseSensitive, QRegExp::Wildcard);
+            const QRegExp folderName(name, Qt::CaseSensitive, QRegExp::Wildcard);
+            const QRegExp fileName(QLatin1StringView(prefix) + name + QLatin1StringView(suffix),
+                                   Qt::CaseSensitive, QRegExp::Wildcard);
             for (const QFileInfo& entry : listing) {
-                const bool whole = entry.isDir() && folder.exactMatch(entry.fileName());
-                if (whole || file.exactMatch(entry.fileName()))
+                const bool whole = entry.isDir() && folderName.exactMatch(entry.fileName());
+                if (whole || fileName.exactMatch(entry.fileName()))
                     appendImport(entries, destination, outputDir, entry, whole);
             }
         }

@@ -206,8 +206,7 @@ private slots:
     {
         const Names names =
             u"pakr1 rowbase3 PixNova mtq arcpack qorSDK LinkStage vrk OptoStdRefCore MirrelWire "
-            "AssetGraph kvo kvoui OptoApi OptoStd qmav bnx64 zuvy-camx oep oep/x wio-2.3.1"_s.split(
-                u' ');
+            "AssetGraph OptoApi OptoStd qmav bnx64 zuvy-camx oep oep/x wio-2.3.1"_s.split(u' ');
         for (const auto& [platform, library, program] :
              {std::tuple(macImportNames, u"/lib%1.dylib"_s, u"/qmav"_s),
               {linuxImportNames, u"/lib%1.so"_s, u"/qmav"_s},
@@ -219,13 +218,20 @@ private slots:
                  {lib + u"/oep/x"_s, lib + library.arg(u"vrk") + u"/x"_s, lib + u"/mtq"_s,
                   lib + u"/OptoApix/x"_s, bin + u"/qmav2"_s, bin + program})
                 writeFile(path);
-            for (const QString& name : u"mtq.12 wio-2.3x1 PIXNOVA"_s.split(u' '))
+            for (const QString& name :
+                 u"mtq.12 wio-2.3x1 PIXNOVA kvo kvoui kvoa kvob kvoc kvod"_s.split(u' '))
                 writeFile(lib + library.arg(name));
             Names libraries, expected, found;
             for (const QString& name : names) {
                 libraries += name.startsWith(u"oep") ? u'/' + name : library.arg(name);
                 if (!QFile::exists(lib + libraries.last()))
                     writeFile(lib + libraries.last());
+            }
+            // What one pattern finds is in the order of the file system.
+            qsizetype afterAssetGraph = 11;
+            for (QDirIterator entries(lib, QDir::Files); entries.hasNext();) {
+                if (entries.next(); entries.fileName().contains(u"kvo"))
+                    libraries.insert(afterAssetGraph++, u'/' + entries.fileName());
             }
 
             for (const QString& path : {u"/bin"_s, u"/bin/Debug"_s, u"/bin/Release"_s})
