@@ -52,8 +52,7 @@ Backend::Backend(QObject* parent)
 
 Backend::~Backend()
 {
-    if (m_worker)
-        m_worker->wait();
+    waitForCopy(QDeadlineTimer::Forever);
 }
 
 void Backend::readArguments()
@@ -105,16 +104,14 @@ void Backend::start()
     connect(m_worker, &CopyWorker::fileChanged, this, &Backend::setCopyFile);
     connect(m_worker, &CopyWorker::finished, this, &Backend::finishedCopyWorker);
     m_worker->start();
-    // A thread that could not be created emits no `finished`. For one that has ended already, this
-    // comes second and does nothing.
-    if (!m_worker->isRunning())
-        QMetaObject::invokeMethod(
-            this,
-            [this, worker = m_worker] {
-                if (worker == m_worker)
-                    finishedCopyWorker();
-            },
-            Qt::QueuedConnection);
+    // A thread that could not be created emits no `finished`.
+    if (!m_worker->isRunning() && !m_worker->isFinished())
+        QMetaObject::invokeMethod(this, &Backend::finishedCopyWorker, Qt::QueuedConnection);
+}
+
+bool Backend::waitForCopy(QDeadlineTimer deadline)
+{
+    return !m_worker || m_worker->wait(deadline);
 }
 
 // Runs however the copy ended: what follows an aborted or failed one is the same.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QObject>
 
 class CopyWorker;
@@ -76,6 +77,8 @@ public:
     // Starts a copy with the current settings; ignored while one runs. What is started afterwards
     // depends on `destination`, `runCMake` and `openSolution` at the end of the copy.
     Q_INVOKABLE void start();
+    // Waits for the thread of a running copy. Returns false if it still runs at the deadline.
+    bool waitForCopy(QDeadlineTimer deadline);
 
 signals:
     void destinationChanged();

@@ -4,9 +4,9 @@
 
 #include <QEvent>
 #include <QGuiApplication>
-#include <QThread>
 
 #include <atomic>
+#include <chrono>
 
 #ifdef Q_OS_UNIX
 #include <QSocketNotifier>
@@ -25,19 +25,26 @@ std::atomic<bool> signalled = false;
 #ifdef Q_OS_UNIX
 int pipeEnds[2]; // never closed, because a signal may arrive at any time
 
-void noteSignal(int /*number*/)
+void noteSignal(int number)
 {
     const int error = errno;
-    if (!signalled.exchange(true)) [[maybe_unused]]
-        const auto written = ::write(pipeEnds[1], "", 1);
+    if (signalled.exchange(true)) {
+        std::signal(number, SIG_DFL);
+        std::raise(number);
+    } else {
+        [[maybe_unused]] const auto written = ::write(pipeEnds[1], "", 1);
+    }
     errno = error;
+}
+
+void failWritesBeyondTheSizeLimit()
+{
+    // Not SIG_IGN, which cmake-gui would inherit.
+    std::signal(SIGXFSZ, [](int) {});
 }
 
 void quitOnSignals(QObject* context)
 {
-    // Not SIG_IGN, which cmake-gui would inherit.
-    std::signal(SIGXFSZ, [](int) {});
-
     signalled = false;
     if (::pipe(pipeEnds) != 0)
         return;
@@ -49,12 +56,14 @@ void quitOnSignals(QObject* context)
         QCoreApplication::quit();
     });
     for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
-        if (std::signal(number, noteSignal) == SIG_IGN)
+        const bool wasIgnored = std::signal(number, noteSignal) == SIG_IGN;
+        if (wasIgnored)
             std::signal(number, SIG_IGN);
     }
 }
 
 #else
+void failWritesBeyondTheSizeLimit() {}
 void quitOnSignals(QObject* /*context*/) {}
 #endif
 
@@ -69,16 +78,16 @@ QuitRequests::QuitRequests(Backend& backend)
         if (m_backend.copying())
             QCoreApplication::quit();
     });
+    failWritesBeyondTheSizeLimit();
     quitOnSignals(this);
 }
 
 QuitRequests::~QuitRequests()
 {
-    auto* const worker = m_backend.findChild<QThread*>();
     do {
         if (signalled)
             m_backend.abort();
-    } while (worker && !worker->wait(20));
+    } while (!m_backend.waitForCopy(std::chrono::milliseconds(20)));
 }
 
 // The event is spontaneous if the desktop or QCoreApplication::quit() asks to quit, and not if the

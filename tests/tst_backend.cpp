@@ -10,6 +10,9 @@
 #include <QTest>
 #include <QTimer>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #ifdef __linux__
 #include <malloc.h>
 // Exists with a sanitizer, whose heap mallinfo2() does not see.
@@ -179,12 +182,29 @@ private slots:
         {
             const QuitRequests requests(backend);
             backend.start();
-            connect(backend.findChild<CopyWorker*>(), &CopyWorker::progressChanged,
-                    [](double value) { value > 0.1 ? std::raise(SIGTERM) : 0; });
+            connect(
+                backend.findChild<CopyWorker*>(), &CopyWorker::progressChanged, &backend,
+                [] { std::raise(SIGTERM); },
+                Qt::ConnectionType(Qt::DirectConnection | Qt::SingleShotConnection));
         }
         QTRY_VERIFY(!backend.copying());
         QVERIFY(backend.copyProgress() < 1);
         backend.start(); // the destructor waits
+    }
+
+    void endsAtOnceOnASecondSignal()
+    {
+        Backend backend;
+        const QuitRequests requests(backend);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            std::raise(SIGINT);
+            std::raise(SIGTERM);
+            ::_exit(0);
+        }
+        int status = 0;
+        QCOMPARE(::waitpid(child, &status, 0), child);
+        QCOMPARE(WTERMSIG(status), SIGTERM);
     }
 
     void failsWithoutItsDocument()
