@@ -14,69 +14,80 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Empty if that fails, as for text that is not well-formed, on which the conversion throws.
-fs::path absolute(const QString& path)
+// An absolute path, as it is spelled and with its links resolved. Empty if it cannot be determined.
+struct Place
 {
+    fs::path spelled;
+    fs::path resolved;
+};
+
+Place placeOf(const QString& path)
+{
+    // The conversion throws on text that is not well-formed.
+    if (!path.isValidUtf16())
+        return {};
     std::error_code error;
-    return path.isValidUtf16() ? fs::absolute(QFileInfo(path).filesystemFilePath(), error)
-                               : fs::path();
+    const fs::path spelled = fs::absolute(QFileInfo(path).filesystemFilePath(), error);
+    return {spelled, fs::weakly_canonical(spelled, error)};
 }
 
-// The absolute path with its links resolved, as far as it exists; empty if that fails.
-fs::path resolved(const QString& path)
-{
-    std::error_code error;
-    const fs::path result = fs::weakly_canonical(absolute(path), error);
-    return result.has_filename() ? result : result.parent_path();
-}
-
-// Whether `path` is `holder` or, going up from one folder to the next, lies in it: by identity, or
-// by path where neither exists. True also if that cannot be found out.
+// Whether `path` or one of the folders above it is `holder`: the same entry of the file system or,
+// if one of the two does not exist, the same path. True also if that cannot be determined.
 bool liesIn(fs::path path, const fs::path& holder)
 {
-    std::error_code error;
-    for (; !path.empty() && path != holder; path = path.parent_path()) {
+    while (!path.empty()) {
+        std::error_code error;
         // Asked first, as `equivalent` may report any error as a missing file.
         const bool bothExist = fs::exists(path, error) && fs::exists(holder, error);
-        if ((bothExist && fs::equivalent(path, holder, error)) || error)
+        if (path == holder || (bothExist && fs::equivalent(path, holder, error)) || error)
             return true;
-        if (path == path.parent_path())
+        const bool isRoot = path == path.parent_path();
+        if (isRoot)
             return false;
+        path = path.parent_path();
     }
-    return true;
+    return true; // the path is unknown
 }
 
-bool holds(const QString& holder, const QString& path)
+bool holds(const Place& holder, const Place& place)
 {
-    const fs::path folder = resolved(holder);
-    return folder.empty() || liesIn(absolute(path), folder) || liesIn(resolved(path), folder);
+    return holder.resolved.empty() || liesIn(place.spelled, holder.resolved) ||
+           liesIn(place.resolved, holder.resolved);
 }
 
 // Names are compared regardless of case and of how they compose their characters, which not every
 // file system keeps.
-bool holdsMountPoint(const QString& path)
+bool holdsMountPoint(const Place& place)
 {
     const auto comparable = [](const QString& name) {
         return name.normalized(QString::NormalizationForm_C).toCaseFolded();
     };
-    const fs::path folder = resolved(path);
-    const QString name = comparable(QFileInfo(folder / "").filePath());
+    // An empty name at the end makes the path end in a separator, as mount points do.
+    const QString folder = comparable(QFileInfo(place.resolved / "").filePath());
     const QList<QString> points = MountPoints();
-    return folder.empty() || points.isEmpty() ||
-           std::ranges::any_of(
-               points, [&](const QString& point) { return comparable(point).startsWith(name); });
+    return place.resolved.empty() || points.isEmpty() ||
+           std::any_of(points.begin(), points.end(),
+                       [&](const QString& point) { return comparable(point).startsWith(folder); });
 }
 
-bool holdsUserFolder(const QString& path)
+bool holdsUserFolder(const Place& place)
 {
     using Paths = QStandardPaths;
     const auto locations = {Paths::HomeLocation,     Paths::DocumentsLocation,
                             Paths::DesktopLocation,  Paths::DownloadLocation,
                             Paths::PicturesLocation, Paths::MusicLocation,
                             Paths::MoviesLocation};
-    return std::ranges::any_of(locations, [&](Paths::StandardLocation location) {
+    return std::any_of(locations.begin(), locations.end(), [&](Paths::StandardLocation location) {
         const QString folder = Paths::writableLocation(location);
-        return !folder.isEmpty() && holds(path, folder);
+        return !folder.isEmpty() && holds(place, placeOf(folder));
+    });
+}
+
+bool overlaps(const Place& place, const QList<QString>& folders)
+{
+    return std::any_of(folders.begin(), folders.end(), [&](const QString& path) {
+        const Place folder = placeOf(path);
+        return holds(place, folder) || holds(folder, place);
     });
 }
 
@@ -113,25 +124,24 @@ bool removeContents(const fs::path& folder)
 
 bool IsLeftAlone(const QString& destination, const SdkLayout& sdk)
 {
+    const Place place = placeOf(destination);
+    if (destination.isEmpty() || place.spelled.empty())
+        return true;
     std::error_code error;
-    const fs::path folder = absolute(destination);
-    const bool exists = fs::exists(folder, error);
-    return destination.isEmpty() || folder.empty() || error || holdsUserFolder(destination) ||
-           (exists && holdsMountPoint(destination)) ||
-           std::ranges::any_of(sdk.folders(), [&](const QString& source) {
-               return holds(destination, source) || (exists && holds(source, destination));
-           });
+    const bool isNew = !fs::exists(place.spelled, error) && !error;
+    return !isNew && (error || holdsUserFolder(place) || holdsMountPoint(place) ||
+                      overlaps(place, sdk.folders()));
 }
 
 bool ClearDestination(const QString& destination)
 {
     std::error_code error;
-    const fs::path folder = absolute(destination);
-    const fs::file_type type = fs::status(folder, error).type();
-    if (folder.empty() || type == fs::file_type::none)
+    const Place place = placeOf(destination);
+    const fs::file_type type = fs::status(place.spelled, error).type();
+    if (place.spelled.empty() || type == fs::file_type::none)
         return false;
     if (type == fs::file_type::directory) {
-        const bool isHarmless = removeContents(folder) && !holdsMountPoint(destination);
+        const bool isHarmless = removeContents(place.spelled) && !holdsMountPoint(place);
         if (!QDir().rmdir(destination) && !isHarmless)
             return false;
     }

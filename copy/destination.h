@@ -5,12 +5,11 @@
 struct SdkLayout;
 
 // Whether a copy must leave the folder `destination` alone because more than an old copy could be
-// lost. True for an empty path, and for a folder that
-// - is, holds or lies in one of the folders of `sdk`, though one that does not exist yet may lie
-//   there;
+// lost. False for one that does not exist. True for an empty path, and for a folder that
+// - is, holds or lies in one of the folders of `sdk`;
 // - is or holds the home folder or one of the user's standard folders (documents, pictures, ...);
 // - is or holds a mount point.
-// Neither links nor the spelling of a path hide any of this. True also if it cannot be found out.
+// Neither links nor the spelling of a path hide any of this. True also if it cannot be determined.
 bool IsLeftAlone(const QString& destination, const SdkLayout& sdk);
 
 // Removes the folder `destination`, for which IsLeftAlone is false, with all its contents as far as

@@ -136,17 +136,27 @@ private slots:
         QVERIFY(QFile::link(u"../sdk/samples/a/b"_s, sdk.path("links/b")));
         QVERIFY(QFile::link(u"loop"_s, sdk.path("loop")));
         const SdkLayout layout{sdk.path("links/sdk/samples")};
-        using Paths = QStandardPaths;
-        for (const QString& path : {QString(), sdk.samples + QChar(0xd800), // no Unicode
-                                    Paths::writableLocation(Paths::MoviesLocation)})
+        const QString movies = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
+        for (const QString& path : {QString(), sdk.samples + QChar(0xd800)}) // no Unicode
             QVERIFY(IsLeftAlone(path, layout));
-        for (const char* path :
-             {".", "sdk/samples/a", "sdk/bin", "sdk/lib", "sdk/dotnet", "sdk/include", "links",
-              "links/b", "loop", "/dev", "u", "u/home/Desktop", "u/home/Documents",
-              "u/home/Downloads", "u/home/Music", "u/home/Pictures"})
-            QVERIFY2(IsLeftAlone(sdk.path(path), layout), path);
-        for (const char* path : {"sdk/samples/new", "u/home/Documents/new"})
+        for (const QString& path :
+             {u"."_s, u"sdk/samples/a"_s, u"sdk/bin"_s, u"sdk/lib"_s, u"sdk/dotnet"_s,
+              u"sdk/include"_s, u"links"_s, u"links/b"_s, u"/dev"_s, u"u"_s, u"u/home/Desktop"_s,
+              u"u/home/Documents"_s, u"u/home/Downloads"_s, u"u/home/Music"_s, u"u/home/Pictures"_s,
+              movies}) {
+            const QString folder = QDir(sdk.root.path()).filePath(path);
+            QDir().mkpath(folder);
+            QVERIFY2(IsLeftAlone(folder, layout), qPrintable(path));
+        }
+        QVERIFY(IsLeftAlone(sdk.path("loop"), layout));
+        QVERIFY(!IsLeftAlone(sdk.destination, layout));
+        // With a home folder that cannot be looked at.
+        QFile::setPermissions(sdk.path("u"), {});
+        QVERIFY(IsLeftAlone(sdk.destination, layout));
+        for (const char* path : {"new", "sdk/samples/new"})
             QVERIFY2(!IsLeftAlone(sdk.path(path), layout), path);
+        QFile::setPermissions(sdk.path("u"),
+                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 
         sdk.destination = sdk.samples;
         const Tree before = sdk.copy();
