@@ -10,11 +10,11 @@
 
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #ifdef Q_OS_LINUX
 #include <linux/capability.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 #endif
 
 using Names = QList<QString>;

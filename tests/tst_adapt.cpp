@@ -218,15 +218,16 @@ private slots:
                  {lib + u"/oep/x"_s, lib + library.arg(u"vrk") + u"/x"_s, lib + u"/mtq"_s,
                   lib + u"/OptoApix/x"_s, bin + u"/qmav2"_s, bin + program})
                 writeFile(path);
-            for (const QString& name :
-                 u"mtq.12 wio-2.3x1 PIXNOVA kvo kvoui kvoa kvob kvoc kvod"_s.split(u' '))
-                writeFile(lib + library.arg(name));
             Names libraries, expected, found;
             for (const QString& name : names) {
                 libraries += name.startsWith(u"oep") ? u'/' + name : library.arg(name);
                 if (!QFile::exists(lib + libraries.last()))
                     writeFile(lib + libraries.last());
             }
+            // Last, as PIXNOVA is PixNova where case is ignored.
+            for (const QString& name :
+                 u"mtq.12 wio-2.3x1 PIXNOVA kvo kvoui kvoa kvob kvoc kvod"_s.split(u' '))
+                writeFile(lib + library.arg(name));
             // What one pattern finds is in the order of the file system.
             qsizetype afterAssetGraph = 11;
             for (QDirIterator entries(lib, QDir::Files); entries.hasNext();) {

@@ -215,7 +215,8 @@ private slots:
         // Makes Qt look for QML modules beside the program.
         writeFile(setup.filePath(u"qt.conf"_s),
                   "[Paths]\nPlugins=" + QCoreApplication::libraryPaths().first().toUtf8());
-        QCOMPARE(WEXITSTATUS(std::system(qPrintable(program))), 255);
+        const int status = std::system(qPrintable(program));
+        QCOMPARE(WEXITSTATUS(status), 255);
     }
 
 #ifdef __linux__

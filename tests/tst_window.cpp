@@ -9,6 +9,7 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QRegularExpression>
+#include <QStyleHints>
 #include <QTest>
 
 // Takes the place of Backend in the window: notes what it is asked to do, and copies nothing.
@@ -332,6 +333,8 @@ int main(int argc, char* argv[])
     // The platform's own chooser cannot be driven from here.
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication::setQuitOnLastWindowClosed(false);
+    // On macOS, Tab stops only at text and lists unless a user wants otherwise.
+    QApplication::styleHints()->setTabFocusBehavior(Qt::TabFocusAllControls);
     const QIcon icon = prepareApplication();
     qmlRegisterType<Recorder>("com.zuvy", 1, 0, "Backend");
     TestWindow test;
