@@ -1,4 +1,3 @@
-#include "kvo/edits.h"
 #include "kvo/xmlfile.h"
 
 #include "tests/table.h"
@@ -64,18 +63,6 @@ class TestXmlFile : public QObject
     }
 
 private slots:
-    void makesEditsAtOnce()
-    {
-        kvo::CEdits edits;
-        edits.Replace(5, 8);
-        edits.Replace(6, 7, u"dropped"_s);
-        edits.Replace(7, 9, u"dropped"_s);
-        edits.Replace(9, 9, u"c"_s);
-        edits.Replace(5, 5, u"b"_s);
-        edits.Replace(5, 5, u"a"_s);
-        QCOMPARE(edits.Applied(u"0123456789"), u"01234bac9"_s);
-    }
-
     // Or, cut off anywhere, refuses the document.
     void keepsEveryByte()
     {
