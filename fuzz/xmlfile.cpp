@@ -23,12 +23,18 @@ static std::vector<CNode*> elements(const kvo::CXMLFile& file)
     return all;
 }
 
-// An element that has lost its children, and was given no value, may show the text around them.
+// The value without white space, some of which goes with removed elements.
+static std::string valueOf(const CNode* node)
+{
+    std::string value = node->value;
+    std::erase_if(value, [](char c) { return strchr(" \t\n", c); });
+    return value;
+}
+
 static bool isEdited(CNode* saved, CNode* node)
 {
     return saved->name == node->name && !saved->Child() == !node->Child() &&
-           !saved->Next() == !node->Next() &&
-           (node->Child() || node->value.empty() || saved->value == node->value) &&
+           !saved->Next() == !node->Next() && valueOf(saved) == valueOf(node) &&
            std::ranges::all_of(names, [&](const char* name) {
                return saved->attributes.Exists(name) == node->attributes.Exists(name) &&
                       saved->attributes[name] == node->attributes[name];
@@ -51,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size)
     for (auto edits = random() % 8; edits > 0; --edits) {
         CNode* const node = pick(elements(file));
         const char* const name = pick(names);
-        switch (random() % 5) {
+        switch (random() % 6) {
         case 0:
             file.SetCurr(node);
             file.Remove();
@@ -64,6 +70,9 @@ extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size)
             break;
         case 3:
             node->attributes.Remove(name);
+            break;
+        case 4:
+            node->name = name;
             break;
         default:
             node->attributes[name] = pick(values);

@@ -12,11 +12,15 @@ namespace kvo {
 // An XML 1.0 document that keeps every byte which no edit touches: its encoding, line ends,
 // comments, quotes and white space. All strings are UTF-8. One document is used by one thread.
 //
-// DTDs and entities outside the file are never read. Refused although well-formed: XML 1.1, more
-// than 1,000 attributes in a tag or 64,000 characters of attribute lists in a DTD, an entity that
-// expands to over 4,096 characters (fewer where entities are used very often), names with
-// characters that only the fifth edition of XML 1.0 allows, and encodings that Qt was built
-// without. Elements in an entity's text are no nodes; they stay as written.
+// DTDs and entities outside the file are never read. Elements in an entity's text are not nodes;
+// they stay as written. Refused although well-formed:
+// - a version other than 1.0;
+// - more than 1,000 attributes in a tag, or 64,000 characters of attribute lists in a DTD;
+// - an entity that expands to over 4,096 characters (fewer where entities are used very often), or
+//   that stands for an escaped "<" or "&" and is used in an attribute;
+// - names with a colon first, last or twice, and elements whose names have characters that only the
+//   fifth edition of XML 1.0 allows;
+// - encodings that Qt was built without.
 class CXMLFile
 {
 public:
@@ -39,12 +43,12 @@ public:
     // An element, valid until it or one around it is removed, or the document is loaded or
     // destroyed.
     //
-    // Save writes what has changed in `value` and `attributes`; a character that XML does not
-    // allow is written as U+FFFD. A changed name is written for an inserted element only.
+    // Save writes what has changed in `name`, `value` and `attributes`; a character that XML does
+    // not allow is written as U+FFFD.
     class CNode
     {
     public:
-        // A detached element; the caller's until it is inserted. The name must be a valid one.
+        // A detached element; the caller's until it is inserted.
         explicit CNode(std::string elementName)
             : name(std::move(elementName))
         {}
@@ -61,12 +65,10 @@ public:
         CNode* Child() const { return m_child; }
         CNode* Next() const { return m_next; }
 
-        std::string name;
-        // The character data, references resolved and line ends as LF. Comments and processing
-        // instructions in it outlive a change, CDATA sections and entity references do not.
-        // An element with child elements loads with an empty value, whatever text is around them.
-        // A value assigned to it is written before that text or, once all these children have been
-        // removed, in place of it.
+        std::string name; // must be a valid one
+        // The character data, references resolved and line ends as LF; empty if it is only white
+        // space around child elements. A new value is written at its beginning. Comments and
+        // processing instructions outlive a change, CDATA sections and entity references do not.
         std::string value;
         CAttribArray attributes;
 

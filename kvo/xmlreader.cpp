@@ -1,8 +1,11 @@
 #include "kvo/xmldocument.h"
 
+#include <QRegularExpression>
 #include <QXmlStreamReader>
 
 #include <algorithm>
+
+using Qt::StringLiterals::operator""_s;
 
 namespace kvo {
 
@@ -13,30 +16,75 @@ std::string Utf8(QStringView text)
     return text.toUtf8().toStdString();
 }
 
+// Where the comment, CDATA section or processing instruction at the position ends; the position
+// itself if there is none.
+qsizetype SkippedEnd(QStringView text, qsizetype position)
+{
+    constexpr std::pair<QStringView, QStringView> marks[] = {
+        {u"<!--", u"-->"}, {u"<![CDATA[", u"]]>"}, {u"<?", u"?>"}};
+    for (const auto& [begin, end] : marks) {
+        if (text.sliced(position).startsWith(begin)) {
+            const qsizetype found = text.indexOf(end, position + begin.size());
+            return found < 0 ? text.size() : found + end.size();
+        }
+    }
+    return position;
+}
+
 // QXmlStreamReader compares the attributes of a tag or of a DTD with each other, which takes
-// minutes for very many. There is no "<" within a tag or an attribute list.
+// minutes for very many.
 bool HasTooManyAttributes(QStringView text)
 {
     qsizetype lists = 0;
-    for (const QStringView piece : text.tokenize(u'<')) {
-        if (piece.startsWith(u"!--") || piece.startsWith(u"![CDATA[") || piece.startsWith(u'?'))
+    for (qsizetype begin = 0; (begin = text.indexOf(u'<', begin)) >= 0;) {
+        qsizetype end = SkippedEnd(text, begin);
+        if (end > begin) {
+            begin = end;
             continue;
-        int quotes = 0;
-        QChar open;
-        for (const QChar c : piece) {
-            if (open.isNull() && c == u'>')
-                break;
-            if (open.isNull() ? c == u'"' || c == u'\'' : c == open) {
-                open = open.isNull() ? c : QChar();
-                ++quotes;
+        }
+        int values = 0;
+        // A tag or declaration, or what of a document type comes before its declarations.
+        for (++end; end < text.size() && !QStringView(u"<>[").contains(text[end]); ++end) {
+            if (text[end] == u'"' || text[end] == u'\'') {
+                ++values;
+                end = text.indexOf(text[end], end + 1);
+                if (end < 0)
+                    return false; // malformed
             }
         }
-        if (piece.startsWith(u"!ATTLIST"))
-            lists += piece.size();
-        if (quotes > 2 * 1000 || lists > 64'000)
+        if (text.sliced(begin).startsWith(u"<!ATTLIST"))
+            lists += end - begin;
+        if (values > 1000 || lists > 64'000)
             return true;
+        begin = end;
     }
     return false;
+}
+
+// See https://www.w3.org/TR/xml/#NT-Name. The reader itself checks the names of elements.
+bool IsName(const QString& text)
+{
+    static const QRegularExpression name(
+        uR"(\A([:A-Z_a-z\x{C0}-\x{D6}\x{D8}-\x{F6}\x{F8}-\x{2FF}\x{370}-\x{37D}\x{37F}-\x{1FFF})"
+        R"(\x{200C}\x{200D}\x{2070}-\x{218F}\x{2C00}-\x{2FEF}\x{3001}-\x{D7FF}\x{F900}-\x{FDCF})"
+        R"(\x{FDF0}-\x{FFFD}\x{10000}-\x{EFFFF}])((?1)|[-.0-9\x{B7}\x{300}-\x{36F}\x{203F}\x{2040}])*\z)"_s);
+    return name.match(text).hasMatch();
+}
+
+// Whether the names are valid that the reader does not check, but for those that a DTD gives to
+// elements and attributes.
+bool HasValidNames(const QXmlStreamReader& reader)
+{
+    const auto areNames = [](const auto& items, auto nameOf) {
+        return std::all_of(items.begin(), items.end(), [nameOf](const auto& item) {
+            return IsName((item.*nameOf)().toString());
+        });
+    };
+    if (reader.tokenType() == QXmlStreamReader::DTD)
+        return IsName(reader.dtdName().toString()) &&
+               areNames(reader.entityDeclarations(), &QXmlStreamEntityDeclaration::name) &&
+               areNames(reader.notationDeclarations(), &QXmlStreamNotationDeclaration::name);
+    return areNames(reader.attributes(), &QXmlStreamAttribute::qualifiedName);
 }
 
 } // namespace
@@ -56,6 +104,8 @@ bool CXMLFile::Document::Parse()
     bool hasType = false;
     while (!reader.atEnd()) {
         const auto token = reader.readNext();
+        if (!HasValidNames(reader))
+            return false;
         const qsizetype end = reader.characterOffset();
         if (token == QXmlStreamReader::StartElement) {
             if (text[end - 1] == u'>')
@@ -67,9 +117,12 @@ bool CXMLFile::Document::Parse()
                 open->m_contentEnd = text.lastIndexOf(u'<', end - 1);
                 open->m_end = end;
             }
+            const bool isLayout = open->value.find_first_not_of(" \t\n") == std::string::npos;
+            if (open->m_child && isLayout)
+                open->value.clear();
             open->m_loadedValue = open->value;
             open = open->m_parent;
-        } else if (token == QXmlStreamReader::Characters && open && !open->m_child) {
+        } else if (token == QXmlStreamReader::Characters && open) {
             open->value += Utf8(reader.text());
         } else if (token == QXmlStreamReader::DTD &&
                    (!elements.empty() || std::exchange(hasType, true))) {
@@ -87,10 +140,8 @@ CXMLFile::CNode* CXMLFile::Document::OpenElement(CNode* parent, const QXmlStream
     node.m_nameSize = reader.qualifiedName().size();
     node.m_begin = source.Text().lastIndexOf(u'<', end - 1);
     node.m_content = node.m_contentEnd = node.m_end = end;
-    if (parent) {
-        parent->value.clear();
+    if (parent)
         parent->Append(&node);
-    }
     const QXmlStreamAttributes attributes = reader.attributes(); // const, so as not to detach
     for (const QXmlStreamAttribute& attribute : attributes) {
         if (!attribute.isDefault())

@@ -15,6 +15,12 @@ namespace {
 
 constexpr QChar byteOrderMark(0xFEFF);
 
+// See https://www.w3.org/TR/xml/#NT-Char.
+bool IsForbidden(QChar c)
+{
+    return c < u' ' ? !spaces.contains(c) : c > u'\xFFFD';
+}
+
 QByteArray DeclaredEncoding(const QByteArray& bytes)
 {
     QXmlStreamReader reader(QString::fromLatin1(bytes.left(1024)));
@@ -44,7 +50,8 @@ bool CXMLText::Decode(const QByteArray& bytes)
     const QStringView rest(end, text.end());
     m_lineEnd = rest.startsWith(u"\r\n") ? u"\r\n"_s : rest.isEmpty() ? u"\n"_s : QString(*end);
     // A reader would take a second mark for the first one.
-    return !m_text.startsWith(byteOrderMark) && Encode(m_text) == bytes;
+    return !m_text.startsWith(byteOrderMark) && Encode(m_text) == bytes &&
+           std::none_of(m_text.cbegin(), m_text.cend(), IsForbidden);
 }
 
 std::optional<QByteArray> CXMLText::Encode(const QString& text) const
@@ -107,9 +114,8 @@ qsizetype CXMLText::MarkupEnd(qsizetype position) const
 
 QString CXMLText::Escaped(const std::string& utf8, char16_t quote) const
 {
-    const auto isForbidden = [](QChar c) { return c < u' ' ? !spaces.contains(c) : c > u'\xFFFD'; };
     QString text = FromUtf8(utf8);
-    std::replace_if(text.begin(), text.end(), isForbidden, QChar::ReplacementCharacter);
+    std::replace_if(text.begin(), text.end(), IsForbidden, QChar::ReplacementCharacter);
     const bool hasAll = Encode(text).has_value();
     QString escaped;
     for (const char32_t c : text.toStdU32String()) {

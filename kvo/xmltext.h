@@ -23,7 +23,7 @@ class CXMLText
 {
 public:
     // Takes the bytes of a file. False if its encoding is unknown or does not give the same bytes
-    // again.
+    // again, or if it holds a character that XML forbids.
     bool Decode(const QByteArray& bytes);
     // The text in the encoding of the file, with the byte order mark if the file had one; nothing
     // if the encoding lacks one of the characters.

@@ -53,6 +53,7 @@ public:
         TakeOutRemoved();
         // What is edited in a removed element goes with it.
         for (const CNode& node : m_document.elements) {
+            EditName(node);
             EditAttributes(node);
             EditContent(node);
         }
@@ -60,6 +61,19 @@ public:
     }
 
 private:
+    void EditName(const CNode& node)
+    {
+        const QString name = QString::fromStdString(node.name);
+        const qsizetype begin = node.m_begin + 1;
+        if (m_source.Text().sliced(begin, node.m_nameSize) == name)
+            return;
+        m_edits.Replace(begin, begin + node.m_nameSize, name);
+        const bool hasEndTag = node.m_content != node.m_end;
+        const qsizetype endName = node.m_contentEnd + 2; // after "</"
+        if (hasEndTag)
+            m_edits.Replace(endName, endName + node.m_nameSize, name);
+    }
+
     void EditAttributes(const CNode& node)
     {
         const auto& items = node.attributes.m_items;
@@ -91,14 +105,14 @@ private:
         const bool grown = node.m_lastChild && !node.m_lastChild->IsLoaded();
         if (!changed && !grown)
             return;
-        const qsizetype end = changed && !node.HasLoadedChild()
+        const qsizetype end = changed && ReplacesText(node)
                                   ? node.m_contentEnd
                                   : m_source.SpaceBefore(node.m_contentEnd);
         const QString added = grown ? AddedChildren(node, end) : QString();
         if (node.m_content == node.m_end) {
             m_edits.Replace(m_source.SpaceBefore(node.m_end - 2), node.m_end,
                             u'>' + m_source.Escaped(node.value) + added + u"</"_s +
-                                m_source.Text().sliced(node.m_begin + 1, node.m_nameSize) + u'>');
+                                QString::fromStdString(node.name) + u'>');
             return;
         }
         if (changed)
@@ -106,13 +120,32 @@ private:
         m_edits.Replace(end, end, added);
     }
 
+    // Whether a new value takes the place of text. Without text, children keep the white space
+    // between them.
+    static bool ReplacesText(const CNode& node)
+    {
+        return !node.HasLoadedChild() || !node.m_loadedValue.empty();
+    }
+
     void ReplaceValue(const CNode& node)
     {
         // Nothing that was removed can begin before this position and end after it.
         qsizetype position = m_source.MarkupEnd(node.m_content);
         m_edits.Replace(position, position, m_source.Escaped(node.value));
-        while (!node.HasLoadedChild() && position < node.m_contentEnd) {
-            const qsizetype end = m_source.DataEnd(position, node.m_contentEnd);
+        if (!ReplacesText(node))
+            return;
+        for (const CNode* child = node.m_child; child && child->IsLoaded(); child = child->m_next) {
+            RemoveData(position, child->m_begin);
+            position = child->m_end;
+        }
+        RemoveData(position, node.m_contentEnd);
+    }
+
+    // Removes all between the positions but comments and processing instructions.
+    void RemoveData(qsizetype position, qsizetype limit)
+    {
+        while (position < limit) {
+            const qsizetype end = m_source.DataEnd(position, limit);
             m_edits.Replace(position, end);
             position = m_source.MarkupEnd(end);
         }

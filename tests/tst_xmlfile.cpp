@@ -44,6 +44,9 @@ class TestXmlFile : public QObject
             file.SetCurr(node->FindChild(name));
             file.Remove();
             break;
+        case '~':
+            node->FindChild(name)->name = text;
+            break;
         case '+':
             node->InsertChild(new CXMLFile::CNode(name.toStdString()), false);
             [[fallthrough]];
@@ -90,7 +93,7 @@ private slots:
         auto* const r = file.GetCurr();
         auto* const a = r->FindChild("a");
         auto* const b = r->FindChild("b");
-        QVERIFY(r->value.empty() && r->Child() == a && a->name == "a");
+        QVERIFY(r->value == "tt" && r->Child() == a && a->name == "a");
         QVERIFY(a->Next() == b && b->Next() == a->FindNext("a"));
         QVERIFY(!a->FindNext("c") && !a->FindChild("b") && !b->FindChild("c") &&
                 !b->Next()->Next());
@@ -142,10 +145,12 @@ private slots:
                  "<!DOCTYPE a><!DOCTYPE a><a/>", "<a><!DOCTYPE a></a>", dtd + "]><a b='&f;'/>",
                  dtd + "]><a>" + QByteArray("&e;").repeated(100'000) + "</a>",
                  dtd + QByteArray("<!ATTLIST a b ID ''>").repeated(4000) + "]><a/>",
-                 tag + " c=''/>"})
+                 tag + " c=''/>", "<a b\x01='1'/>", "<a>]]\x01</a>", "<a><?p \x01?></a>",
+                 "<a \xcc\x80='1'/>", "<!DOCTYPE a [<!ENTITY \xcc\x80 '1'>]><a/>",
+                 "<!DOCTYPE a [<!NOTATION \xcc\x80 SYSTEM '1'>]><a/>", "<!DOCTYPE @><a/>"})
             QVERIFY2(!load(file, bytes), bytes.left(99));
-        const QByteArray quotes(3000, '"');
-        QVERIFY(load(file, tag + ">" + quotes + "<!--" + quotes + "--><?p " + quotes +
+        const QByteArray quotes = "<b " + QByteArray(3000, '"');
+        QVERIFY(load(file, tag + ">" + quotes.sliced(3) + "<!--" + quotes + "--><?p " + quotes +
                                "?><![CDATA[" + quotes + "]]></a>"));
     }
 
