@@ -39,16 +39,15 @@ void WidgetFileDialog::open()
     m_dialog =
         std::make_unique<QFileDialog>(nullptr, m_title, nearestFolder(m_folder.toLocalFile()));
     m_dialog->setSupportedSchemes({u"file"_s});
-    m_dialog->setFileMode(m_selectFolder     ? QFileDialog::Directory
-                          : m_selectMultiple ? QFileDialog::ExistingFiles
-                                             : QFileDialog::ExistingFile);
+    m_dialog->setFileMode(m_selectFolder ? QFileDialog::Directory : QFileDialog::ExistingFile);
     m_dialog->setOption(QFileDialog::ShowDirsOnly, m_selectFolder);
     connect(m_dialog.get(), &QFileDialog::finished, this, &WidgetFileDialog::finish);
 
     // A widget cannot have a Quick window as its parent, but its window can stay above it.
     m_dialog->winId();
+    const QQmlContext* const context = qmlContext(this);
     m_dialog->windowHandle()->setTransientParent(
-        qobject_cast<QWindow*>(qmlContext(this)->contextObject()));
+        context ? qobject_cast<QWindow*>(context->contextObject()) : nullptr);
     m_dialog->open();
 }
 

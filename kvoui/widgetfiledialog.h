@@ -7,16 +7,16 @@
 
 // A file or folder chooser for QML: the platform's own dialog where there is one, else Qt's.
 // Offers local files only. `open` reads the properties. The dialog stays above the window at
-// the root of the QML document that creates the object.
+// the root of the QML document that creates the object, if one does.
 class WidgetFileDialog : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(QString title MEMBER m_title)
     Q_PROPERTY(bool selectFolder MEMBER m_selectFolder)
-    Q_PROPERTY(bool selectMultiple MEMBER m_selectMultiple)
+    Q_PROPERTY(bool selectMultiple MEMBER m_selectMultiple) // only false is supported
     // Where the dialog starts; if the folder does not exist, in its nearest parent that does.
     Q_PROPERTY(QUrl folder MEMBER m_folder)
-    // The chosen file or folder, the first of several; set before `accepted`.
+    // The chosen file or folder; set before `accepted`.
     Q_PROPERTY(QUrl fileUrl MEMBER m_fileUrl)
 
 public:
