@@ -147,10 +147,19 @@ ApplicationWindow {
         objectName: "copyDlg"
         title: qsTr("Copy Progress")
         visible: window.backend.copying
-        // Shown as long as a copy runs: if anything closes it earlier, it opens again.
-        onClosed: if (window.backend.copying) open()
-        // Later, as a click that closed it then gives the focus to what was clicked.
-        onOpened: Qt.callLater(abortButton.takeFocus) // qmllint disable type
+
+        function reopen() {
+            if (window.backend.copying)
+                open()
+        }
+
+        // Shown as long as a copy runs. Deferred: after a click outside, the clicked item takes focus first.
+        onClosed: Qt.callLater(reopen) // qmllint disable type
+        // The dialog itself has the focus, as a second press of the key that started the copy must not abort it.
+        onOpened: {
+            abortButton.focus = false
+            forceActiveFocus()
+        }
         footer: ButtonBox {
             PushButton {
                 id: abortButton
@@ -236,7 +245,8 @@ ApplicationWindow {
         signal press
 
         Keys.onPressed: (event) => {
-            const returns = event.key === Qt.Key_Return || event.key === Qt.Key_Enter
+            const isPlain = (event.modifiers & ~Qt.KeypadModifier) === 0
+            const returns = isPlain && (event.key === Qt.Key_Return || event.key === Qt.Key_Enter)
             event.accepted = returns || (event.key === Qt.Key_Space && event.isAutoRepeat)
             if (returns && !event.isAutoRepeat)
                 press()
@@ -261,6 +271,7 @@ ApplicationWindow {
     component Option: CheckBox {
         id: option
 
+        horizontalPadding: 0
         Accessible.onPressAction: toggle()
         Accessible.onToggleAction: toggle()
         Keys.forwardTo: PressKeys {
@@ -325,7 +336,17 @@ ApplicationWindow {
         property int firstButton
         readonly property real room: parent.height - implicitHeaderHeight - implicitFooterHeight - 2 * padding
 
-        onOpened: standardButton(firstButton).takeFocus()
+        onOpened: {
+            standardButton(firstButton).takeFocus()
+            // Tab goes round within the dialog, which is not modal.
+            const first = buttonBox.itemAt(0)
+            const last = buttonBox.itemAt(buttonBox.count - 1)
+            first.KeyNavigation.tab = last
+            last.KeyNavigation.tab = first
+        }
+        footer: ButtonBox {
+            id: buttonBox
+        }
 
         WrappedText {
             objectName: "message"
