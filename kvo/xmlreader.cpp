@@ -44,10 +44,13 @@ bool HasTooManyAttributes(QStringView text)
         }
         int values = 0;
         // A tag or declaration, or what of a document type comes before its declarations.
-        for (++end; end < text.size() && !QStringView(u"<>[").contains(text[end]); ++end) {
-            if (text[end] == u'"' || text[end] == u'\'') {
+        for (++end; end < text.size(); ++end) {
+            const QChar c = text[end];
+            if (c == u'<' || c == u'>' || c == u'[')
+                break;
+            if (c == u'"' || c == u'\'') {
                 ++values;
-                end = text.indexOf(text[end], end + 1);
+                end = text.indexOf(c, end + 1);
                 if (end < 0)
                     return false; // malformed
             }
@@ -61,30 +64,32 @@ bool HasTooManyAttributes(QStringView text)
     return false;
 }
 
-// See https://www.w3.org/TR/xml/#NT-Name. The reader itself checks the names of elements.
-bool IsName(const QString& text)
+// See https://www.w3.org/TR/xml/#NT-Name.
+bool IsName(QStringView text)
 {
     static const QRegularExpression name(
         uR"(\A([:A-Z_a-z\x{C0}-\x{D6}\x{D8}-\x{F6}\x{F8}-\x{2FF}\x{370}-\x{37D}\x{37F}-\x{1FFF})"
         R"(\x{200C}\x{200D}\x{2070}-\x{218F}\x{2C00}-\x{2FEF}\x{3001}-\x{D7FF}\x{F900}-\x{FDCF})"
         R"(\x{FDF0}-\x{FFFD}\x{10000}-\x{EFFFF}])((?1)|[-.0-9\x{B7}\x{300}-\x{36F}\x{203F}\x{2040}])*\z)"_s);
-    return name.match(text).hasMatch();
+    const auto isAsciiLetter = [](QChar c) { return c < u'\x80' && c.isLetter(); };
+    // Nearly always, and faster.
+    const bool isPlain = std::all_of(text.begin(), text.end(), isAsciiLetter);
+    return isPlain || name.match(text.toString()).hasMatch();
 }
 
 // Whether the names are valid that the reader does not check, but for those that a DTD gives to
 // elements and attributes.
 bool HasValidNames(const QXmlStreamReader& reader)
 {
-    const auto areNames = [](const auto& items, auto nameOf) {
-        return std::all_of(items.begin(), items.end(), [nameOf](const auto& item) {
-            return IsName((item.*nameOf)().toString());
-        });
-    };
-    if (reader.tokenType() == QXmlStreamReader::DTD)
-        return IsName(reader.dtdName().toString()) &&
-               areNames(reader.entityDeclarations(), &QXmlStreamEntityDeclaration::name) &&
-               areNames(reader.notationDeclarations(), &QXmlStreamNotationDeclaration::name);
-    return areNames(reader.attributes(), &QXmlStreamAttribute::qualifiedName);
+    const auto isNamed = [](const auto& item) { return IsName(item.name()); };
+    const auto attributes = reader.attributes();
+    if (reader.tokenType() != QXmlStreamReader::DTD)
+        return std::all_of(attributes.begin(), attributes.end(),
+                           [](const auto& item) { return IsName(item.qualifiedName()); });
+    const auto entities = reader.entityDeclarations();
+    const auto notations = reader.notationDeclarations();
+    return IsName(reader.dtdName()) && std::all_of(entities.begin(), entities.end(), isNamed) &&
+           std::all_of(notations.begin(), notations.end(), isNamed);
 }
 
 } // namespace

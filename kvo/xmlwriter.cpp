@@ -63,10 +63,11 @@ public:
 private:
     void EditName(const CNode& node)
     {
-        const QString name = QString::fromStdString(node.name);
         const qsizetype begin = node.m_begin + 1;
-        if (m_source.Text().sliced(begin, node.m_nameSize) == name)
+        const QAnyStringView loaded = QStringView(m_source.Text()).sliced(begin, node.m_nameSize);
+        if (loaded == QAnyStringView(node.name))
             return;
+        const QString name = QString::fromStdString(node.name);
         m_edits.Replace(begin, begin + node.m_nameSize, name);
         const bool hasEndTag = node.m_content != node.m_end;
         const qsizetype endName = node.m_contentEnd + 2; // after "</"
