@@ -4,17 +4,30 @@
 #include "adapt/sdkimports.h"
 #include "adapt/solution.h"
 #include "copy/destination.h"
-#include "copy/list/copylist.h"
+#include "copy/list/copyfileentry.h"
 #include "copy/list/sdklayout.h"
+#include "copy/list/walk.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QStringBuilder>
 
 using Qt::StringLiterals::operator""_s;
 
 // Failures are ignored throughout: a run copies what it can.
 namespace {
+
+// Appends entries for `items`, which are paths below `source` and, in the copy, below `destination`
+// + `folder`.
+void append(QList<CopyFileEntry>& entries, const QString& source, const QString& destination,
+            const QString& folder, const QList<QString>& items)
+{
+    entries.reserve(entries.size() + items.size());
+    // The view matters: two strings are joined by appending, which allocates more than is needed.
+    for (const QString& item : items)
+        entries.append({source % QStringView(item), destination % folder % item, folder + item});
+}
 
 void copyEntry(const CopyFileEntry& entry)
 {
@@ -66,10 +79,21 @@ QList<CopyFileEntry> CopyWorker::copyList(const SdkLayout& sdk) const
 {
     QList<QString> dotnetNames;
     GetDotnetDirs(dotnetNames, m_source);
+    dotnetNames.append(solutionName);
     QList<CopyFileEntry> entries;
-    if (m_dotnet)
+    QList<QString> items;
+    if (m_dotnet) {
         GetSdkImports(entries, m_source, m_destination);
-    ListCopy(entries, sdk, m_destination, dotnetNames, m_dotnet, m_copyWrapper);
+        if (m_copyWrapper) {
+            QList<QString> wrapper = {{}}; // the folder itself
+            Walk(wrapper, {}, sdk.wrapper, {}, {u"doc"_s});
+            append(entries, sdk.wrapper, m_destination, u"/dotnet"_s, wrapper);
+        }
+        Walk(items, {}, sdk.samples, dotnetNames, {});
+    } else {
+        Walk(items, {}, sdk.samples, {}, dotnetNames);
+    }
+    append(entries, sdk.samples, m_destination, {}, items);
     return entries;
 }
 
