@@ -21,6 +21,15 @@ constexpr const char* sdkDylibImports[] = {
 };
 constexpr const char* sdkBinImports[] = {"qmav"};
 
+// How the platform names shared libraries and executables.
+#if defined(Q_OS_MACOS)
+constexpr QLatin1StringView dylibPrefix("lib"), dylibSuffix(".dylib"), exePrefix, exeSuffix;
+#elif defined(Q_OS_WIN)
+constexpr QLatin1StringView dylibPrefix, dylibSuffix(".dll"), exePrefix, exeSuffix(".exe");
+#else
+constexpr QLatin1StringView dylibPrefix("lib"), dylibSuffix(".so"), exePrefix, exeSuffix;
+#endif
+
 // Appends the entry that copies `found` into `outputDir` and, with `whole`, its contents.
 void appendImport(QList<CopyFileEntry>& entries, const QDir& destination, const QString& outputDir,
                   const QFileInfo& found, bool whole)
@@ -37,7 +46,8 @@ void appendImport(QList<CopyFileEntry>& entries, const QDir& destination, const 
 // Appends what `source` holds of `baseNames`, for each of `outputDirs`.
 void appendImports(QList<CopyFileEntry>& entries, const QDir& destination,
                    std::span<const QString> outputDirs, const QString& source,
-                   std::span<const char* const> baseNames, const char* prefix, const char* suffix)
+                   std::span<const char* const> baseNames, QLatin1StringView prefix,
+                   QLatin1StringView suffix)
 {
     const QDir folder(source, {}, QDir::NoSort);
     const QFileInfoList listing = folder.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot);
@@ -45,8 +55,7 @@ void appendImports(QList<CopyFileEntry>& entries, const QDir& destination,
         for (const char* baseName : baseNames) {
             const QString name = QString::fromLatin1(baseName);
             const QRegExp folderName(name, Qt::CaseSensitive, QRegExp::Wildcard);
-            const QRegExp fileName(QLatin1StringView(prefix) + name + QLatin1StringView(suffix),
-                                   Qt::CaseSensitive, QRegExp::Wildcard);
+            const QRegExp fileName(prefix + name + suffix, Qt::CaseSensitive, QRegExp::Wildcard);
             for (const QFileInfo& entry : listing) {
                 const bool whole = entry.isDir() && folderName.exactMatch(entry.fileName());
                 if (whole || fileName.exactMatch(entry.fileName()))
@@ -58,8 +67,7 @@ void appendImports(QList<CopyFileEntry>& entries, const QDir& destination,
 
 } // namespace
 
-void GetSdkImports(QList<CopyFileEntry>& entries, QString source, QString destination,
-                   const ImportNames& names)
+void GetSdkImports(QList<CopyFileEntry>& entries, QString source, QString destination)
 {
     const SdkLayout sdk{source};
     // The source is only there to be a folder, so that the copy creates one.
@@ -67,8 +75,7 @@ void GetSdkImports(QList<CopyFileEntry>& entries, QString source, QString destin
         entries.append({sdk.bin, destination + folder, folder});
 
     const QString outputDirs[] = {destination + u"/bin/Debug"_s, destination + u"/bin/Release"_s};
-    appendImports(entries, destination, outputDirs, sdk.bin, sdkBinImports, names.exePrefix,
-                  names.exeSuffix);
-    appendImports(entries, destination, outputDirs, sdk.lib, sdkDylibImports, names.dylibPrefix,
-                  names.dylibSuffix);
+    appendImports(entries, destination, outputDirs, sdk.bin, sdkBinImports, exePrefix, exeSuffix);
+    appendImports(entries, destination, outputDirs, sdk.lib, sdkDylibImports, dylibPrefix,
+                  dylibSuffix);
 }

@@ -207,46 +207,47 @@ private slots:
         const Names names =
             u"pakr1 rowbase3 PixNova mtq arcpack qorSDK LinkStage vrk OptoStdRefCore MirrelWire "
             "AssetGraph OptoApi OptoStd qmav bnx64 zuvy-camx oep oep/x wio-2.3.1"_s.split(u' ');
-        for (const auto& [platform, library, program] :
-             {std::tuple(macImportNames, u"/lib%1.dylib"_s, u"/qmav"_s),
-              {linuxImportNames, u"/lib%1.so"_s, u"/qmav"_s},
-              {windowsImportNames, u"/%1.dll"_s, u"/qmav.exe"_s}}) {
-            const QTemporaryDir sdk;
-            const QString bin = sdk.filePath(u"bin"_s), lib = sdk.filePath(u"lib"_s);
-            // A folder is taken whole by its bare name, but without its contents as a library.
-            for (const QString& path :
-                 {lib + u"/oep/x"_s, lib + library.arg(u"vrk") + u"/x"_s, lib + u"/mtq"_s,
-                  lib + u"/OptoApix/x"_s, bin + u"/qmav2"_s, bin + program})
-                writeFile(path);
-            Names libraries, expected, found;
-            for (const QString& name : names) {
-                libraries += name.startsWith(u"oep") ? u'/' + name : library.arg(name);
-                if (!QFile::exists(lib + libraries.last()))
-                    writeFile(lib + libraries.last());
-            }
-            // Last, as PIXNOVA is PixNova where case is ignored.
-            for (const QString& name :
-                 u"mtq.12 wio-2.3x1 PIXNOVA kvo kvoui kvoa kvob kvoc kvod"_s.split(u' '))
-                writeFile(lib + library.arg(name));
-            // What one pattern finds is in the order of the file system.
-            qsizetype afterAssetGraph = 11;
-            for (QDirIterator entries(lib, QDir::Files); entries.hasNext();) {
-                if (entries.next(); entries.fileName().contains(u"kvo"))
-                    libraries.insert(afterAssetGraph++, u'/' + entries.fileName());
-            }
-
-            for (const QString& path : {u"/bin"_s, u"/bin/Debug"_s, u"/bin/Release"_s})
-                expected += u"%1 /dst%2 %2"_s.arg(bin, path);
-            for (const auto& [folder, files] : {std::pair(bin, Names{program}), {lib, libraries}})
-                for (const QString& target : {u"bin/Debug"_s, u"bin/Release"_s})
-                    for (const QString& file : files)
-                        expected += u"%1 /dst/%2 %2"_s.arg(folder + file, target + file);
-            QList<CopyFileEntry> entries;
-            GetSdkImports(entries, sdk.filePath(u"samples"_s), u"/dst"_s, platform);
-            for (const auto& [source, destination, shown] : std::as_const(entries))
-                found += source + u' ' + destination + u' ' + shown;
-            QCOMPARE(found, expected);
+#if defined(Q_OS_MACOS)
+        const QString library = u"/lib%1.dylib"_s;
+#else
+        const QString library = u"/lib%1.so"_s;
+#endif
+        const QString program = u"/qmav"_s;
+        const QTemporaryDir sdk;
+        const QString bin = sdk.filePath(u"bin"_s), lib = sdk.filePath(u"lib"_s);
+        // A folder is taken whole by its bare name, but without its contents as a library.
+        for (const QString& path :
+             {lib + u"/oep/x"_s, lib + library.arg(u"vrk") + u"/x"_s, lib + u"/mtq"_s,
+              lib + u"/OptoApix/x"_s, bin + u"/qmav2"_s, bin + program})
+            writeFile(path);
+        Names libraries, expected, found;
+        for (const QString& name : names) {
+            libraries += name.startsWith(u"oep") ? u'/' + name : library.arg(name);
+            if (!QFile::exists(lib + libraries.last()))
+                writeFile(lib + libraries.last());
         }
+        // Last, as PIXNOVA is PixNova where case is ignored.
+        for (const QString& name :
+             u"mtq.12 wio-2.3x1 PIXNOVA kvo kvoui kvoa kvob kvoc kvod"_s.split(u' '))
+            writeFile(lib + library.arg(name));
+        // What one pattern finds is in the order of the file system.
+        qsizetype afterAssetGraph = 11;
+        for (QDirIterator entries(lib, QDir::Files); entries.hasNext();) {
+            if (entries.next(); entries.fileName().contains(u"kvo"))
+                libraries.insert(afterAssetGraph++, u'/' + entries.fileName());
+        }
+
+        for (const QString& path : {u"/bin"_s, u"/bin/Debug"_s, u"/bin/Release"_s})
+            expected += u"%1 /dst%2 %2"_s.arg(bin, path);
+        for (const auto& [folder, files] : {std::pair(bin, Names{program}), {lib, libraries}})
+            for (const QString& target : {u"bin/Debug"_s, u"bin/Release"_s})
+                for (const QString& file : files)
+                    expected += u"%1 /dst/%2 %2"_s.arg(folder + file, target + file);
+        QList<CopyFileEntry> entries;
+        GetSdkImports(entries, sdk.filePath(u"samples"_s), u"/dst"_s);
+        for (const auto& [source, destination, shown] : std::as_const(entries))
+            found += source + u' ' + destination + u' ' + shown;
+        QCOMPARE(found, expected);
     }
 };
 
