@@ -1,6 +1,6 @@
 #include "adapt/cmakelists.h"
 
-#include "kvo/wholefile.h"
+#include "kvo/regularfile.h"
 
 #include <QDir>
 #include <QFile>

@@ -5,7 +5,7 @@
 #include "copy/list/sdklayout.h"
 #include "kvo/file.h"
 #include "kvo/path.h"
-#include "kvo/wholefile.h"
+#include "kvo/regularfile.h"
 
 #include <QFile>
 

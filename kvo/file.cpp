@@ -1,6 +1,6 @@
 #include "kvo/file.h"
 
-#include "kvo/wholefile.h"
+#include "kvo/regularfile.h"
 
 #include <QSaveFile>
 

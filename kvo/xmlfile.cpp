@@ -1,6 +1,6 @@
 #include "kvo/xmlfile.h"
 
-#include "kvo/wholefile.h"
+#include "kvo/regularfile.h"
 #include "kvo/xmldocument.h"
 
 #include <QSaveFile>

@@ -1,4 +1,4 @@
-#include "kvo/wholefile.h"
+#include "kvo/regularfile.h"
 
 #include <QFile>
 #include <QFileInfo>
