@@ -63,11 +63,15 @@ void rewriteItem(CNode& item, ProjectCopy& project)
     std::string abs = kvo::path::ExpandRelativePath(project.srcProjectDir, include, '/');
     const bool isLocal = kvo::path::IsChildOfDirectory(project.srcProjectDir, abs);
     const bool isCopied = isLocal ? project.localProjectFiles : project.copyWrapper;
-    // Relative to the solution, but read from the project's folder: the copied wrapper is one level
-    // closer to the projects than the SDK's own.
-    const std::string& base = isLocal ? project.srcProjectDir : project.solutionDir;
-    const std::string rel =
-        isLocal || isCopied ? kvo::path::RelativePath(base, abs, '/') : kvo::path::GetFilename(abs);
+    std::string rel;
+    if (isLocal)
+        rel = kvo::path::RelativePath(project.srcProjectDir, abs, '/');
+    else if (isCopied)
+        // Relative to the solution, but read from the project's folder: the copied wrapper is one
+        // level closer to the projects than the SDK's own.
+        rel = kvo::path::RelativePath(project.solutionDir, abs, '/');
+    else
+        rel = kvo::path::GetFilename(abs);
     if (isCopied)
         abs = kvo::path::ExpandRelativePath(project.dstProjectDir, rel, '/');
 

@@ -79,6 +79,7 @@ ApplicationWindow {
                 ToolTip {
                     visible: destinationField.hovered
                     text: window.backend.destination
+                    // One pixel more than the text, which rounding would wrap otherwise.
                     width: Math.min(destinationField.contentWidth + 1 + leftPadding + rightPadding, window.width - 16)
                     contentItem: WrappedText {
                         objectName: "toolTipText"

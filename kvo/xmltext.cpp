@@ -29,6 +29,17 @@ QByteArray DeclaredEncoding(const QByteArray& bytes)
     return name.isEmpty() ? "UTF-8"_ba : name;
 }
 
+// The first line end of the text; LF if there is none.
+QString LineEnd(const QString& text)
+{
+    const auto* const found =
+        std::find_first_of(text.begin(), text.end(), lineEnds.begin(), lineEnds.end());
+    if (found == text.end())
+        return u"\n"_s;
+    const bool isPair = QStringView(found, text.end()).startsWith(u"\r\n");
+    return isPair ? u"\r\n"_s : QString(*found);
+}
+
 } // namespace
 
 bool CXMLText::Decode(const QByteArray& bytes)
@@ -44,11 +55,7 @@ bool CXMLText::Decode(const QByteArray& bytes)
         m_text.remove(0, 1);
         m_mark = QStringConverter::Flag::WriteBom;
     }
-    const QString& text = m_text;
-    const auto* const end =
-        std::find_first_of(text.begin(), text.end(), lineEnds.begin(), lineEnds.end());
-    const QStringView rest(end, text.end());
-    m_lineEnd = rest.startsWith(u"\r\n") ? u"\r\n"_s : rest.isEmpty() ? u"\n"_s : QString(*end);
+    m_lineEnd = LineEnd(m_text);
     // A reader would take a second mark for the first one.
     return !m_text.startsWith(byteOrderMark) && Encode(m_text) == bytes &&
            std::none_of(m_text.cbegin(), m_text.cend(), IsForbidden);
@@ -77,12 +84,11 @@ qsizetype CXMLText::BlanksAfter(qsizetype position) const
 
 QString CXMLText::Lead(qsizetype position) const
 {
-    qsizetype line = position;
-    while (line > 0 && blanks.contains(m_text[line - 1]))
-        --line;
-    if (line > 0 && !lineEnds.contains(m_text[line - 1]))
-        return {};
-    return m_lineEnd + m_text.mid(line, position - line);
+    qsizetype lineStart = position;
+    while (lineStart > 0 && blanks.contains(m_text[lineStart - 1]))
+        --lineStart;
+    const bool isFirstOnLine = lineStart == 0 || lineEnds.contains(m_text[lineStart - 1]);
+    return isFirstOnLine ? m_lineEnd + m_text.sliced(lineStart, position - lineStart) : QString();
 }
 
 std::pair<qsizetype, qsizetype> CXMLText::NextValue(qsizetype position) const

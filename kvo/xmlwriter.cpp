@@ -157,17 +157,20 @@ private:
     {
         const auto& removed = m_document.removed;
         for (auto next = removed.begin(); next != removed.end();) {
+            // From the first to the last of elements that only blanks separate.
             const qsizetype begin = next->first;
             qsizetype end = begin;
-            qsizetype after = begin;
-            for (; next != removed.end() && next->first <= after; ++next) {
+            qsizetype endWithBlanks = begin;
+            for (; next != removed.end() && next->first <= endWithBlanks; ++next) {
                 end = std::max(end, next->second);
-                after = m_source.BlanksAfter(end);
+                endWithBlanks = m_source.BlanksAfter(end);
             }
-            const bool endsLine = lineEnds.contains(m_source.Text()[after]);
+            const bool endsLine = lineEnds.contains(m_source.Text()[endWithBlanks]);
+            const bool followsSpace = spaces.contains(m_source.Text()[begin - 1]);
             m_edits.Replace(endsLine ? m_source.SpaceBefore(begin) : begin, end);
-            if (endsLine || spaces.contains(m_source.Text()[begin - 1]))
-                m_edits.Replace(end, after);
+            // By an edit of its own, as a child may be inserted at the end.
+            if (endsLine || followsSpace)
+                m_edits.Replace(end, endWithBlanks);
         }
     }
 
@@ -178,10 +181,13 @@ private:
         const bool hasSibling = parent.HasLoadedChild();
         const bool hasText = parent.value.find_first_not_of(" \t\r\n") != std::string::npos;
         const CNode& model = hasSibling ? *parent.m_child : parent;
-        // Empty for elements that all stay on one line.
-        const QString line = hasText && !hasSibling ? QString() : m_source.Lead(model.m_begin);
-        const QString indent = line.isEmpty() ? QString() : Indent(model);
-        const QString lead = hasSibling ? line : line + indent;
+        QString lead = m_source.Lead(model.m_begin);
+        const bool staysOnLine = lead.isEmpty() || (hasText && !hasSibling);
+        const QString indent = staysOnLine ? QString() : Indent(model);
+        if (staysOnLine)
+            lead.clear();
+        else if (!hasSibling)
+            lead += indent;
         QString added;
         for (const CNode* node = parent.m_child; node; node = node->m_next) {
             if (!node->IsLoaded())
@@ -189,7 +195,9 @@ private:
         }
         const QString rest = m_source.Text().mid(end, parent.m_contentEnd - end);
         const bool endsLine = rest.contains(u'\r') || rest.contains(u'\n');
-        return line.isEmpty() || endsLine ? added : added + m_source.Lead(parent.m_begin);
+        if (!staysOnLine && !endsLine)
+            added += m_source.Lead(parent.m_begin);
+        return added;
     }
 
     // By how much the element is indented beyond its parent; for the top element, two spaces.
