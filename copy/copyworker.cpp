@@ -32,12 +32,14 @@ void append(QList<CopyFileEntry>& entries, const QString& source, const QString&
 void copyEntry(const CopyFileEntry& entry)
 {
     const QFileInfo source(entry.sourcePath);
-    if (source.isDir()) {
+    const bool isShortcut = source.isShortcut(); // a file of its own, though Qt follows it
+    if (source.isDir() && !isShortcut) {
         QDir(entry.destinationPath).mkpath(u"."_s);
         return;
     }
     // A link may lead to a device.
-    if (!source.isFile() || !QFile::copy(entry.sourcePath, entry.destinationPath))
+    const bool isFile = isShortcut || source.isFile();
+    if (!isFile || !QFile::copy(entry.sourcePath, entry.destinationPath))
         return;
     // The copy has the source's mode, and an SDK is often read-only.
     if (!source.permission(QFile::WriteOwner))
