@@ -62,12 +62,17 @@ bool holdsMountPoint(const Place& place)
     const auto comparable = [](const QString& name) {
         return name.normalized(QString::NormalizationForm_C).toCaseFolded();
     };
-    // An empty name at the end makes the path end in a separator, as mount points do.
-    const QString folder = comparable(QFileInfo(place.resolved / "").filePath());
-    const QList<QString> points = MountPoints();
-    return place.resolved.empty() || points.isEmpty() ||
-           std::any_of(points.begin(), points.end(),
-                       [&](const QString& point) { return comparable(point).startsWith(folder); });
+    const auto holdsOne = [&](const fs::path& path) {
+        // An empty name at the end makes the path end in a separator, as mount points do.
+        const QString folder = QFileInfo(path / "").filePath();
+        const QList<QString> points = MountPoints(folder);
+        return path.empty() || points.isEmpty() ||
+               std::any_of(points.begin(), points.end(), [&](const QString& point) {
+                   return comparable(point).startsWith(comparable(folder));
+               });
+    };
+    // Resolved, a drive may be a folder of another one.
+    return holdsOne(place.spelled) || holdsOne(place.resolved);
 }
 
 bool holdsUserFolder(const Place& place)

@@ -9,7 +9,7 @@
 
 #include <windows.h>
 
-QList<QString> MountPoints()
+QList<QString> MountPoints(const QString& path)
 {
     wchar_t volume[MAX_PATH];
     const HANDLE search = FindFirstVolumeW(volume, MAX_PATH);
@@ -28,7 +28,13 @@ QList<QString> MountPoints()
     } while (ok && FindNextVolumeW(search, volume, MAX_PATH));
     ok = ok && GetLastError() == ERROR_NO_MORE_FILES;
     FindVolumeClose(search);
-    return ok ? points : QList<QString>();
+    // Those of the network have no volume.
+    const QFileInfoList drives = QDir::drives();
+    for (const QFileInfo& drive : drives)
+        points.append(drive.filePath());
+    if (path.startsWith(QStringLiteral("//")))
+        points.append(path.section(u'/', 0, 3) + u'/'); // "//server/share/"
+    return ok && !drives.isEmpty() ? points : QList<QString>();
 }
 
 #elif defined(Q_OS_MACOS)
@@ -39,7 +45,7 @@ QList<QString> MountPoints()
 
 #include <sys/mount.h>
 
-QList<QString> MountPoints()
+QList<QString> MountPoints(const QString& /*path*/)
 {
     struct statfs* mounts = nullptr;
     const int count = getmntinfo(&mounts, MNT_NOWAIT); // 0 if it fails
@@ -53,7 +59,7 @@ QList<QString> MountPoints()
 
 #include <QFile>
 
-QList<QString> MountPoints()
+QList<QString> MountPoints(const QString& /*path*/)
 {
     QFile table(QStringLiteral("/proc/self/mountinfo"));
     const QByteArray text = table.open(QIODevice::ReadOnly) ? table.readAll() : QByteArray();
