@@ -112,17 +112,6 @@ private slots:
         QCOMPARE(backend.destination(), QString());
     }
 
-    void notifiesOfChangesOnly()
-    {
-        Backend backend;
-        for (const QByteArray name : {"destination", "copyWrapper", "runCMake", "openSolution"}) {
-            QSignalSpy changed(&backend, '2' + name + "Changed()");
-            const bool value = !backend.property(name).toBool();
-            QVERIFY(backend.setProperty(name, value) && backend.setProperty(name, value));
-            QCOMPARE(changed.size(), 1);
-        }
-    }
-
     void followsUpOnACopy()
     {
         QCOMPARE(followUp("%1|x", false, true), "STATUS_COPY_DONE");
