@@ -25,9 +25,8 @@ why=$(unshare --mount $user mount -t tmpfs tmpfs /mnt 2>&1) ||
 exec unshare --mount $user sh -ec '
 mount -t tmpfs tmpfs /usr/local/bin
 mount -t tmpfs tmpfs /mnt
-mkdir -p /mnt/full /mnt/tiny "/mnt/a \\b/Copy/mount"
-mount -t tmpfs -o size=9m tmpfs /mnt/full
-mount -t tmpfs -o size=80k tmpfs /mnt/tiny
+mkdir -p /mnt/full "/mnt/a \\b/Copy/mount"
+mount -t tmpfs -o size=1m tmpfs /mnt/full
 mount -t tmpfs tmpfs "/mnt/a \\b/Copy/mount"
 exec $drop "$@"' sh "$@"
 """
@@ -38,12 +37,9 @@ SEED = os.environ.get("SEED", str(time.time_ns()))
 random.seed(SEED)
 print(f"SEED={SEED}", flush=True)
 
-# Qt needs more than half of it to start.
-LIMIT = 2**23
-SLN, LISTS = "dotnet.sln", "CMakeLists.txt"
-SOLUTION = b'Project("{t}") = "P", "P\\P.csproj", "{1}"\r\n'
+PAGE = 4096
 PLACEHOLDER = b'#set(ZUVYSDKDIR "@PRJDUP_ZUVYSDKDIR@")'
-AS_IT_WAS = {LISTS: PLACEHOLDER.ljust(LIMIT)}
+AS_IT_WAS = {"CMakeLists.txt": PLACEHOLDER.ljust(PAGE)}
 
 
 def files(folder):
@@ -60,13 +56,12 @@ class Case(unittest.TestCase):
         self.sdk, self.samples = self.root / "sdk", self.root / "sdk/samples"
         self.destination, self.started = self.root / "Documents/Copy", self.root / "started"
         self.destination.parent.mkdir()
-        self.add(AS_IT_WAS | {"a/b": b"", SLN: SOLUTION})
+        self.add(AS_IT_WAS | {"a/b": b""})
         program = pathlib.Path("/usr/local/bin" if TESTS == "Mounts" else self.root, "cmake-gui")
         program.write_text(f'#!/bin/sh\n: >"{self.started}"')
         program.chmod(0o755)
 
-    def add(self, contents, *options):
-        self.options = options
+    def add(self, contents):
         for name, data in contents.items():
             (self.samples / name).parent.mkdir(parents=True, exist_ok=True)
             (self.samples / name).write_bytes(data)
@@ -77,17 +72,14 @@ class Case(unittest.TestCase):
     def whole(self, but={}):
         """A complete copy, `but` for some contents, where None is no file."""
         sdk = b'set(ZUVYSDKDIR "%b/")' % os.fsencode(self.sdk)
-        adapted = {
-            name: data.replace(PLACEHOLDER, sdk)
-            for name, data in files(self.samples).items()
-            if (name == SLN) == bool(self.options)
-        }
+        source = files(self.samples)
+        adapted = {name: data.replace(PLACEHOLDER, sdk) for name, data in source.items()}
         return {name: data for name, data in (adapted | but).items() if data is not None}.items()
 
     def start(self):
         """A window that copies."""
         self.before, exists = fingerprint(self.sdk), self.destination.exists()
-        arguments = [f"PATH={self.root}", PROGRAM, *self.options, str(self.samples), "Copy"]
+        arguments = [f"PATH={self.root}", PROGRAM, str(self.samples), "Copy"]
         window = Program("/usr/bin/env", *arguments, home=self.root)
         self.addCleanup(window.process.kill)
         window.act("push button", "Copy")
@@ -96,7 +88,7 @@ class Case(unittest.TestCase):
         return window
 
     def finish(self, window):
-        self.assertIn("failed to open" if self.options else "in cmake-gui", window.message())
+        self.assertIn("in cmake-gui", window.message())
         window.act("push button", "OK")
         self.assertEqual(window.status(), 0)
         self.assertEqual(fingerprint(self.sdk), self.before)
@@ -109,7 +101,7 @@ class Case(unittest.TestCase):
 
 
 class Faults(Case):
-    def test_odd_samples(self):
+    def test_copies_what_it_can(self):
         # In a folder of its own: Qt 6.8 ends the list of a folder with such a name.
         odd = os.fsdecode(b"odd/\xff/\xff")
         self.add({name: b"x" for name in ("n" * 255, odd, "file", "folder/file")})
@@ -119,18 +111,13 @@ class Faults(Case):
         (self.samples / "folder").chmod(0)
         self.copy({odd: None})
 
-    def test_limit_on_file_sizes(self):
-        self.add({"large": bytes(LIMIT + 1)})
-        resource.setrlimit(resource.RLIMIT_FSIZE, (LIMIT, -1))
+    def test_leaves_out_what_exceeds_a_limit(self):
+        # Qt needs more than half of it to start.
+        limit = 2**23
+        self.add({"large": bytes(limit + 1)})
+        resource.setrlimit(resource.RLIMIT_FSIZE, (limit, -1))
         self.addCleanup(resource.setrlimit, resource.RLIMIT_FSIZE, (-1, -1))
-        self.copy(AS_IT_WAS | {"large": None})
-
-    def test_links_that_stay(self):
-        self.destination.mkdir()
-        (self.destination / "a").symlink_to(self.sdk)
-        (self.destination / LISTS).hardlink_to(self.samples / LISTS)
-        self.destination.chmod(0o500)
-        self.copy(None)
+        self.copy({"large": None})
 
     def start_many(self):
         """A window at a random moment of its copy."""
@@ -140,45 +127,32 @@ class Faults(Case):
         wait(lambda: len(list(self.destination.glob("many/*"))) > count, "copied files")
         return window
 
-    def test_stops(self):
+    def test_completes_the_copy_when_closed(self):
         window = self.start_many()
         window.close()
         self.assertEqual(window.status(), 0)
         self.assertTrue(self.copied() == self.whole())
-        for number in (signal.SIGINT, signal.SIGHUP, signal.SIGTERM, signal.SIGKILL):
-            window, but = self.start_many(), AS_IT_WAS if number == signal.SIGKILL else {}
-            window.process.send_signal(number)
-            self.assertEqual(window.status(), -number if but else 0)
-            self.assertTrue(self.copied() < self.whole(but))
-        self.assertFalse(self.started.exists())
-        self.copy()
+
+    def test_adapts_the_copy_when_aborted(self):
         window = self.start_many()
         window.act("push button", "Abort")
         self.finish(window)
         self.assertTrue(self.copied() < self.whole())
 
-    def test_two_programs(self):
-        window = self.start_many()
-        window.process.send_signal(signal.SIGSTOP)
-        another = self.start()
-        window.process.send_signal(signal.SIGCONT)
-        self.finish(window)
-        self.finish(another)
-        # Both rewrite CMakeLists.txt, perhaps at once.
-        self.assertTrue(self.copied() >= self.whole({LISTS: None}))
+    def test_ends_and_starts_nothing_on_signals(self):
+        for number in (signal.SIGINT, signal.SIGHUP, signal.SIGTERM):
+            window = self.start_many()
+            window.process.send_signal(number)
+            self.assertEqual(window.status(), 0)
+            self.assertTrue(self.copied() < self.whole())
+        self.assertFalse(self.started.exists())
 
-    def test_changes_while_copying(self):
+    def test_completes_the_copy_of_a_killed_program(self):
         window = self.start_many()
-        window.process.send_signal(signal.SIGSTOP)
-        for path in sorted(self.samples / name for name, _ in self.whole() - self.copied()):
-            path.unlink()
-            # To an empty file, a folder or nothing.
-            random.choice((path.touch, path.mkdir, str))()
-        self.before = fingerprint(self.sdk)
-        window.process.send_signal(signal.SIGCONT)
-        self.finish(window)
-        # One file was under way.
-        self.assertLessEqual(len(self.copied() ^ self.whole()), 2)
+        window.process.kill()
+        window.status()
+        self.assertTrue(self.copied() < self.whole(AS_IT_WAS))
+        self.copy()
 
 
 class Mounts(Case):
@@ -186,19 +160,14 @@ class Mounts(Case):
         self.destination.parent.rmdir()
         self.destination.parent.symlink_to(folder)
 
-    def test_full_file_system(self):
+    def test_keeps_the_lists_when_the_disk_is_full(self):
         self.use("/mnt/full")
-        # Leaves just the room for the copied files.
-        filler = bytes(shutil.disk_usage("/mnt/full").free - LIMIT)
+        # Leaves just the room for the copied file.
+        filler = bytes(shutil.disk_usage("/mnt/full").free - PAGE)
         pathlib.Path("/mnt/full/filler").write_bytes(filler)
         self.copy(AS_IT_WAS)
 
-    def test_file_system_of_80_kb(self):
-        self.use("/mnt/tiny")
-        self.add({SLN: SOLUTION * 3000}, "--dotnet")
-        self.copy({SLN: None})
-
-    def test_mount_in_the_destination(self):
+    def test_leaves_alone_what_holds_a_mount(self):
         self.use("/mnt/a \\b")
         (self.destination / "mount/file").touch()
         self.copy(None)
