@@ -4,37 +4,33 @@
 
 #include <QTest>
 
-// Fills a test's table from a file: an introduction, then for each case a blank line, `== row name`
-// and, for each column in order, `-- column` and the text below it, without its last line end.
-inline void addCases(const QString& path, std::initializer_list<const char*> columns)
+// What a test does to a file, in lines of its own words, and the file before and after.
+struct Case
 {
-    for (const char* column : columns)
-        QTest::addColumn<QByteArray>(column);
-    // So that the last case ends like the others.
-    QStringList cases = QString::fromUtf8(readFile(path) + "\n== ").split(u"\n\n== "_s);
-    QVERIFY2(cases.size() > 2 && cases.takeLast().isEmpty(), qPrintable(path));
-    for (const QString& text : cases.sliced(1)) {
-        QStringList parts = text.split(u"\n-- "_s);
-        QTestData& row = QTest::newRow(qPrintable(parts.takeFirst()));
-        for (const char* column : columns) {
-            const QString part = parts.isEmpty() ? QString() : parts.takeFirst();
-            QVERIFY2(part.startsWith(QLatin1String(column) + u'\n'), qPrintable(text));
-            row << part.section(u'\n', 1).toUtf8();
-        }
-        QVERIFY2(parts.isEmpty(), qPrintable(text));
-    }
-}
-
-// What a text was before and is after, with "-" and "+" at the beginning of lines of one only.
-inline std::pair<QByteArray, QByteArray> beforeAndAfter(const QByteArray& text)
-{
+    QByteArrayList actions;
     QByteArray before;
     QByteArray after;
-    for (const QByteArray& line : text.split('\n')) {
-        if (!line.startsWith('+'))
-            before += line.mid(1) + '\n';
-        if (!line.startsWith('-'))
-            after += line.mid(1) + '\n';
+};
+
+// Fills the column "change" with the cases of a file. After its head, each is a blank line, `== row
+// name`, and lines that begin with "-" before the change, "+" after it, " " in both, or an action.
+inline void addCases(const QString& path)
+{
+    QTest::addColumn<Case>("change");
+    const QStringList cases = QString::fromUtf8(readFile(path)).trimmed().split(u"\n\n== "_s);
+    for (const QString& text : cases.sliced(1)) {
+        Case change;
+        QByteArrayList lines = text.toUtf8().split('\n');
+        const QByteArray name = lines.takeFirst();
+        for (const QByteArray& line : std::as_const(lines)) {
+            const bool isOfBoth = line.startsWith(' ');
+            if (isOfBoth || line.startsWith('-'))
+                change.before += line.sliced(1) + '\n';
+            if (isOfBoth || line.startsWith('+'))
+                change.after += line.sliced(1) + '\n';
+            if (!line.isEmpty() && line[0] >= 'a')
+                change.actions += line;
+        }
+        QTest::newRow(name) << change;
     }
-    return {before, after};
 }

@@ -18,6 +18,7 @@
 #endif
 
 using Names = QList<QString>;
+using Qt::StringLiterals::operator""_ba;
 using Qt::StringLiterals::operator""_s;
 
 // Files by relative path, with their contents; a path that ends in "/" is a folder.
