@@ -7,6 +7,7 @@
 #include <QFileDialog>
 #include <QQmlApplicationEngine>
 #include <QQuickItem>
+#include <QQuickStyle>
 #include <QQuickWindow>
 #include <QRegularExpression>
 #include <QStyleHints>
@@ -89,7 +90,6 @@ public:
         const QQuickItem* focus = window->activeFocusItem();
         return focus->property("visualFocus") == QVariant(false) ? "" : nameOf(focus);
     }
-    bool isEnabled(const char* name) const { return item(name)->isEnabled(); }
     QString text(const char* name) const { return item(name)->property("text").toString(); }
     qreal number(const char* name, const char* property) const
     {
@@ -121,15 +121,11 @@ public:
         }
     }
 
-    void flipFocused(const QByteArray& property)
+    // As by a key or an assistive tool.
+    QFileDialog* openChooser()
     {
-        bool now = backend->property(property).toBool();
-        for (const Qt::Key key : kKeys) {
-            pressAndHold(key);
-            QCOMPARE(backend->property(property).toBool(), now = !now);
-        }
-        backend->setProperty(property, !now);
-        QCOMPARE(window->activeFocusItem()->property("checked").toBool(), !now);
+        QMetaObject::invokeMethod(item("chooseButton"), "clicked");
+        return qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
     }
 
 private slots:
@@ -141,6 +137,16 @@ private slots:
 
     void carriesTheIconInEightSizes() { QCOMPARE(window->icon().availableSizes().size(), 8); }
 
+    void hasTheBasicStyle() { QCOMPARE(QQuickStyle::name(), u"Basic"_s); }
+
+    void takesNoTypedDestination() { QVERIFY(number("destinationField", "readOnly")); }
+
+    void leavesMarginsAroundItsContent()
+    {
+        QCOMPARE(window->minimumHeight(), window->maximumHeight());
+        QCOMPARE(place("closeButton").top() - place("chooseButton").bottom(), 16.0);
+    }
+
     void notesWhatWindowsNeedsInCMakeModeOnly()
     {
         for (const int mode : {0, 1, 2, 3}) {
@@ -149,45 +155,50 @@ private slots:
         }
     }
 
+    void isUsedInReadingOrder_data()
+    {
+        QTest::addColumn<bool>("dotnet");
+        QTest::addColumn<QByteArray>("boxes");
+        QTest::newRow("CMake") << false << "runCMakeBox"_ba;
+        QTest::newRow(".NET") << true << "copyWrapperBox openSolutionBox"_ba;
+    }
+
     // From Copy, which has the focus at first, once around.
     void isUsedInReadingOrder()
     {
-        for (const bool dotnet : {false, true}) {
-            load(dotnet);
-            QByteArray order;
-            do {
-                order += focused() + ' ';
-                if (focused().endsWith("Box"))
-                    flipFocused(focused().chopped(3));
-                press(Qt::Key_Tab);
-            } while (focused() != "copyButton" && order.size() < 200);
-            QCOMPARE(order, QByteArray("copyButton ") +
-                                (dotnet ? "copyWrapperBox openSolutionBox" : "runCMakeBox") +
-                                " destinationField chooseButton closeButton ");
-        }
+        QFETCH(bool, dotnet);
+        QFETCH(QByteArray, boxes);
+        load(dotnet);
+        QByteArray order;
+        do {
+            order += focused() + ' ';
+            press(Qt::Key_Tab);
+        } while (focused() != "copyButton" && order.size() < 200);
+        QCOMPARE(order, "copyButton " + boxes + " destinationField chooseButton closeButton ");
     }
 
-    void isAsWideAsItsContentAndAtLeast640()
+    void togglesABoxOnceForAKeyHeldDown()
     {
-        QCOMPARE(window->minimumHeight(), window->maximumHeight());
-        QCOMPARE(window->width(), qCeil(item("runCMakeBox")->parentItem()->implicitWidth()) + 16);
-        window->setProperty("font", QFont(QString(), 5));
-        QTRY_COMPARE(window->width(), 640);
+        for (const QByteArray property : {"runCMake", "copyWrapper", "openSolution"}) {
+            load(property != "runCMake");
+            while (focused() != property + "Box")
+                press(Qt::Key_Tab);
+            for (const Qt::Key key : kKeys) {
+                const bool before = backend->property(property).toBool();
+                pressAndHold(key);
+                QCOMPARE(backend->property(property).toBool(), !before);
+            }
+        }
     }
 
     void pressesOnceForAKeyHeldDown()
     {
-        QTest::keyClick(window, Qt::Key_Return, Qt::ControlModifier);
-        QCOMPARE(backend->calls, "");
         for (const Qt::Key key : kKeys) {
             load();
             pressAndHold(key);
             pressAndHold(key);
             QCOMPARE(backend->calls, "start ");
-            QVERIFY(!isEnabled("copyButton") && !isEnabled("closeButton"));
-            QVERIFY(isEnabled("runCMakeBox"));
             press(Qt::Key_Tab);
-            QCOMPARE(focused(), "abortButton");
             pressAndHold(key);
             QCOMPARE(backend->calls, "start abort ");
             backend->finish();
@@ -195,6 +206,19 @@ private slots:
             press(key);
             QVERIFY(!window->isVisible());
         }
+    }
+
+    void pressesNothingWithAModifier()
+    {
+        QTest::keyClick(window, Qt::Key_Return, Qt::ControlModifier);
+        QCOMPARE(backend->calls, "");
+    }
+
+    void disablesOnlyItsButtonsWhileItCopies()
+    {
+        backend->setCopying(true);
+        QVERIFY(!item("copyButton")->isEnabled() && !item("closeButton")->isEnabled());
+        QVERIFY(item("runCMakeBox")->isEnabled() && item("chooseButton")->isEnabled());
     }
 
     void showsItsProgressAsLongAsItCopies()
@@ -208,55 +232,78 @@ private slots:
             press(Qt::Key_Return);
             click("copyWrapperBox");
             QCOMPARE(backend->copyWrapper(), copyWrapper);
-            QVERIFY(isEnabled("openSolutionBox"));
             press(Qt::Key_Space);
             QCOMPARE(backend->copyWrapper(), copyWrapper);
+            QVERIFY(item("abortButton"));
             QCOMPARE(backend->calls, "");
             backend->setCopying(false);
             QVERIFY(!item("abortButton"));
         }
     }
 
-    void asksBeforeItRemovesAFolder()
+    void copiesOverAFolderOnlyOnYes()
     {
-        load(true);
+        backend->setDestination(home.path());
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
+            click("copyButton");
+            press(key);
+            QVERIFY(!item("No"));
+        }
+        QCOMPARE(backend->calls, "");
+        click("copyButton");
+        QVERIFY(text("message").startsWith(u"The folder %1 already"_s.arg(home.path())));
+        press(Qt::Key_Tab);
+        press(Qt::Key_Return);
+        QCOMPARE(backend->calls, "start ");
+    }
+
+    void keepsTabWithinItsWarning()
+    {
         backend->setDestination(home.path());
         // No has the focus at first, also when Yes had it last.
-        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Backtab, Qt::Key_Escape}) {
+        for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return}) {
             click("copyButton");
-            QCOMPARE(focused(), "No");
-            for (const char* next : {"Yes", "No"}) {
+            for (const char* button : {"No", "Yes", "No"}) {
+                QCOMPARE(focused(), button);
                 press(Qt::Key_Tab);
-                QCOMPARE(focused(), next);
             }
             press(key);
         }
+    }
+
+    void returnsTheFocusToCopy()
+    {
+        backend->setDestination(home.path());
+        click("copyButton");
+        press(Qt::Key_Escape);
         QCOMPARE(focused(), "copyButton");
-        click("copyButton");
-        QVERIFY(text("message").contains(home.path()));
-        click("copyWrapperBox");
-        QVERIFY(backend->copyWrapper() && !item("No"));
-        QCOMPARE(backend->calls, "");
-        click("copyButton");
-        press(Qt::Key_Backtab);
-        press(Qt::Key_Return);
-        QCOMPARE(backend->calls, "start ");
+        backend->finish();
+        press(Qt::Key_Escape);
+        QCOMPARE(focused(), "copyButton");
     }
 
     void tellsTheOutcome()
     {
         backend->setDestination(kPath);
         int status = Backend::STATUS_COPY_DONE;
-        for (const QString& outcome :
-             {u"can now open"_s, u"finish generating"_s, u"could not find cmake-gui"_s,
-              u"opening the solution"_s, u"failed to open the solution"_s}) {
+        for (const auto& [outcome, lines] : {std::pair(u"can now open"_s, 1),
+                                             {u"finish generating"_s, 3},
+                                             {u"could not find cmake-gui"_s, 3},
+                                             {u"opening the solution"_s, 2},
+                                             {u"failed to open the solution"_s, 3}}) {
             backend->setStatus(Backend::ESTATUS(status++));
             backend->finish();
             QVERIFY(text("message").contains(outcome) && text("message").contains(kPath));
-            QCOMPARE(number("message", "textFormat"), qreal(Qt::PlainText));
+            QCOMPARE(text("message").split(u'\n').size(), lines);
         }
-        press(Qt::Key_Escape);
-        QCOMPARE(focused(), "copyButton");
+    }
+
+    void takesAPathForPlainText()
+    {
+        backend->setCopying(true);
+        QCOMPARE(number("fileLabel", "textFormat"), qreal(Qt::PlainText));
+        backend->finish();
+        QCOMPARE(number("message", "textFormat"), qreal(Qt::PlainText));
     }
 
     void fitsItsMessageIntoTheWindow()
@@ -273,31 +320,31 @@ private slots:
         QVERIFY(place("message").bottom() <= place("OK").top());
     }
 
-    void showsAnyNameInOneLineOfItsProgress()
+    void showsItsProgress()
     {
         backend->setCopying(true);
         QCOMPARE(text("fileCaption"), u"Starting..."_s);
+        backend->setCopyFile(kPath);
         backend->setCopyProgress(0.25);
+        QCOMPARE(text("fileCaption"), u"File:"_s);
+        QTRY_COMPARE(text("fileLabel"), kPath);
         QCOMPARE(number("progressBar", "position"), 0.25);
-        for (const QString& name : {kPath, kLongPath, u"/a\nb"_s, kPath}) {
+    }
+
+    void showsAnyNameInOneLine()
+    {
+        backend->setCopying(true);
+        for (const QString& name : {kPath, kLongPath, u"/a\nb"_s}) {
             backend->setCopyFile(name);
             QTRY_COMPARE(text("fileLabel"), name);
-            QCOMPARE(number("fileLabel", "textFormat"), qreal(Qt::PlainText));
-            QCOMPARE(number("fileLabel", "lineCount"), 1);
             window->grabWindow();
+            QCOMPARE(number("fileLabel", "lineCount"), 1);
             QVERIFY(number("fileLabel", "contentWidth") < window->width());
         }
-        // As for a script whose font is taller.
-        const QRectF before = place("abortButton");
-        item("fileLabel")->setProperty("font", QFont(QString(), 40));
-        window->grabWindow();
-        QCOMPARE(place("abortButton"), before);
-        QCOMPARE(text("fileCaption"), u"File:"_s);
     }
 
     void showsTheWholeDestinationInItsToolTip()
     {
-        QVERIFY(number("destinationField", "readOnly"));
         QTest::mouseMove(window, place("destinationField").center().toPoint());
         QTRY_VERIFY(item("toolTipText"));
         for (const QString& path : {kPath, kLongPath}) {
@@ -314,29 +361,28 @@ private slots:
     {
         const QString folder = home.filePath(u"a b%25 é"_s), chosen = folder + u"/c"_s;
         QDir().mkpath(chosen);
-        QPointer<QFileDialog> dialog;
-        const auto choose = [&](const QString& start) {
-            click("chooseButton");
-            dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-            QCOMPARE(dialog->directory(), QDir(start));
-        };
-        choose(home.path());
-        QCOMPARE(dialog->windowHandle()->transientParent(), window);
+        backend->setDestination(folder + u"/new/x"_s);
+        QFileDialog* const dialog = openChooser();
+        // The nearest folder that exists.
+        QCOMPARE(dialog->directory(), QDir(folder));
         QVERIFY(dialog->testOption(QFileDialog::ShowDirsOnly));
-        dialog->reject();
-        QTRY_VERIFY(!dialog);
-        QVERIFY(backend->destination() != home.path());
-
-        backend->setDestination(folder + u"/d/e"_s);
-        choose(folder);
-        QMetaObject::invokeMethod(item("chooseButton"), "clicked");
-        QVERIFY(dialog);
         dialog->setDirectory(chosen);
         QMetaObject::invokeMethod(dialog, "accept");
         QCOMPARE(backend->destination(), chosen);
-        QTRY_VERIFY(!dialog);
+    }
 
-        choose(chosen);
+    void keepsTheDestinationWhenTheChooserIsCanceled()
+    {
+        const QString before = backend->destination();
+        openChooser()->reject();
+        QCOMPARE(backend->destination(), before);
+    }
+
+    void keepsOneChooserAboveItself()
+    {
+        const QPointer<QFileDialog> dialog = openChooser();
+        QCOMPARE(dialog->windowHandle()->transientParent(), window);
+        QCOMPARE(openChooser(), dialog);
         backend->finish();
         QVERIFY(item("OK") && dialog->isVisible());
     }
