@@ -34,14 +34,12 @@ private slots:
     {
         QCOMPARE(GetFilename("dotnet.sln"), "dotnet.sln");
         QCOMPARE(GetFilename("sä\\A.cs"), "A.cs");
-        QCOMPARE(GetDirectory("/a//b.sln"), "/a");
         QCOMPARE(GetDirectory("/a\\b.sln"), "/a");
         QCOMPARE(GetDirectory("/b.sln"), "/");
         QCOMPARE(GetDirectory("b.sln"), "");
         QCOMPARE(ConvertSlashes("a\\b/c/", '\\'), "a\\b\\c\\");
         QCOMPARE(MakePath("/a b", "c/d", '\\'), "/a b\\c/d");
         QCOMPARE(MakePath("/a//", "/b", '/'), "/a/b");
-        QCOMPARE(MakePath("/", "b", '/'), "/b");
         QCOMPARE(MakePath("", "b", '/'), "b");
     }
 
@@ -50,13 +48,13 @@ private slots:
         QCOMPARE(ExpandRelativePath("/s/a", "..\\C\\f.cs", '/'), "/s/C/f.cs");
         QCOMPARE(ExpandRelativePath("/s", "a/b", '\\'), "\\s\\a\\b");
         QCOMPARE(ExpandRelativePath("/s", "/x/./y//../../../z/", '/'), "/z");
-        QCOMPARE(ExpandRelativePath("//", "a", '/'), "/a");
         QCOMPARE(ExpandRelativePath("/s", "\ufeff\xe4", '/'), "/s/\ufeff\uFFFD");
+        QCOMPARE(ExpandRelativePath("a", "b", '/'), QDir::currentPath().toStdString() + "/a/b");
     }
 
     void findsRelativePaths()
     {
-        QCOMPARE(RelativePath("/s", "/s/\ufefff", '/'), "\ufefff");
+        QCOMPARE(RelativePath("/s", "/s/f.cs", '/'), "f.cs");
         QCOMPARE(RelativePath("/s/a/", "/s/ab/f.cs", '\\'), "..\\ab\\f.cs");
         QCOMPARE(RelativePath("/s", "/a/../s/", '/'), ".");
     }
@@ -72,14 +70,11 @@ private slots:
 
     void readsLines()
     {
-        QCOMPARE(lines("a\r\nb\nc"), "[a][b][c]");
-        QCOMPARE(lines("\n\r\n\n"), "[][][]");
+        QCOMPARE(lines("a\r\nb\n\nc"), "[a][b][][c]");
         QCOMPARE(lines("a\rb\r\r\n\r"), "[a\rb\r][\r]");
         QCOMPARE(lines(QByteArray("a\0b\0\n\0\n", 7)), "[ab][]");
-        QCOMPARE(lines("abcdefg\r\nhijklmn\no"), "[abcdefg][hijklmn][o]");
-        QCOMPARE(lines("abcdefgh\r\nabcdefgh\no"), "[abcdefg][h][abcdefg][h][o]");
+        QCOMPARE(lines("abcdefg\r\nabcdefgh\no"), "[abcdefg][abcdefg][h][o]");
         QCOMPARE(lines("abcdefg\rh\nabcdef\r"), "[abcdefg][\rh][abcdef\r]");
-        QCOMPARE(lines("abcdefghijklmn\r\no"), "[abcdefg][hijklmn][o]");
     }
 
     void opensRegularFilesOnly()
@@ -91,12 +86,11 @@ private slots:
             QVERIFY2(!open(name, 0x12) && !open(name, 0x28), qPrintable(name));
     }
 
-    void writesNewFilesAndOverOldOnes()
+    void replacesALongerFile()
     {
-        for (const QByteArray bytes("long\0er", 7); const auto& text : {bytes, bytes.first(5)}) {
-            open(path("ä b"), 0x28)->WriteBytes(text, text.size());
-            QCOMPARE(readFile(path("ä b")), text);
-        }
+        writeFile(path("ä b"), "longer");
+        open(path("ä b"), 0x28)->WriteString("short");
+        QCOMPARE(readFile(path("ä b")), "short");
     }
 
     void keepsTheOldFileWhenAWriteIsShort()
