@@ -15,8 +15,6 @@ from desktop import Atspi, Program, has, has_role, wait, walk
 from samples import CMAKE_BOX, SOLUTION_BOX, WRAPPER_BOX
 
 BOXES = {(): [CMAKE_BOX], ("--dotnet",): [WRAPPER_BOX, SOLUTION_BOX]}
-# The lines of a project that may change.
-RULES = r"\s*</?(Compile|None|Link|OutputPath|BaseIntermediateOutputPath|Copy)\b"
 
 
 class EndToEnd(unittest.TestCase):
@@ -36,17 +34,6 @@ class EndToEnd(unittest.TestCase):
         self.addCleanup(window.process.kill)
         return window
 
-    def copy(self, *options, boxes):
-        """Returns the changed lines of the copied files."""
-        self.assertEqual(samples.copy(self.open(*options), boxes), self.done)
-        lines = lambda path: set(path.read_text().splitlines())
-        changes = {}
-        for new in self.copied.rglob("*.*"):
-            name = str(new.relative_to(self.copied))
-            if (old := self.sdk / "samples" / name).exists():
-                changes[name] = lines(old) ^ lines(new)
-        return {name: lines for name, lines in changes.items() if lines}
-
     def test_quits_without_its_two_arguments(self):
         for count in (0, 1, 3):
             samples.run(PROGRAM, *["x"] * count)
@@ -58,20 +45,6 @@ class EndToEnd(unittest.TestCase):
         environment = os.environ | {"QML_IMPORT_PATH": str(self.root)}
         self.assertEqual(subprocess.call([PROGRAM, "x", "y"], env=environment), 255)
 
-    def test_points_cmake_samples_at_the_sdk(self):
-        lines = {'#set(ZUVYSDKDIR "@PRJDUP_ZUVYSDKDIR@")', f'set(ZUVYSDKDIR "{self.sdk}/")'}
-        self.assertEqual(self.copy(boxes=[CMAKE_BOX]), {"CMakeLists.txt": lines})
-
-    def test_changes_dotnet_projects_by_the_rules(self):
-        for boxes in ([SOLUTION_BOX], [WRAPPER_BOX, SOLUTION_BOX]):
-            changes = self.copy("--dotnet", boxes=boxes)
-            self.assertEqual(len(changes), 3)
-            lines = set.union(*changes.values())
-            for line in lines:
-                self.assertRegex(line, RULES)
-            self.assertEqual(str(self.sdk) in "".join(lines), WRAPPER_BOX not in boxes)
-            shutil.rmtree(self.copied)
-
     def test_names_its_controls(self):
         for options, boxes in BOXES.items():
             window = self.open(*options)
@@ -82,20 +55,14 @@ class EndToEnd(unittest.TestCase):
             self.assertEqual(names("text"), {"Destination Folder:"})
             self.assertEqual(Atspi.Text.get_text(window.find("text"), 0, -1), str(self.copied))
 
-    def test_toggles_boxes_by_action(self):
-        for options, boxes in BOXES.items():
-            window = self.open(*options)
-            checked = lambda box: has(window.find("check box", box), Atspi.StateType.CHECKED)
-            for box in boxes * 2:
-                before = checked(box)
-                window.act("check box", box, "Press" if before else "Toggle")
-                self.assertNotEqual(checked(box), before)
-
     def test_copies_by_action(self):
         for number in range(10_000):
             (self.sdk / "samples" / f"file {number}").touch()
         window = self.open()
-        window.act("check box", CMAKE_BOX, "Toggle")
+        for action, is_checked in {"Toggle": False, "Press": True}.items():
+            window.act("check box", CMAKE_BOX, action)
+            state = Atspi.StateType.CHECKED
+            self.assertEqual(has(window.find("check box", CMAKE_BOX), state), is_checked)
         window.act("push button", "Copy")
         dialog = window.wait("dialog", "Copy Progress")
         text = lambda: " ".join(node.get_name() for node in walk(dialog))

@@ -193,23 +193,6 @@ private slots:
         QCOMPARE(::waitpid(child, &status, 0), child);
         QCOMPARE(WTERMSIG(status), SIGTERM);
     }
-
-#ifdef __linux__
-    void endsACopyThatGetsNoThread()
-    {
-        const Setup setup;
-        Backend backend;
-        QSignalSpy done(&backend, &Backend::copyDone);
-        pthread_attr_t normal, huge;
-        pthread_getattr_default_np(&normal);
-        pthread_getattr_default_np(&huge);
-        pthread_attr_setstacksize(&huge, SIZE_MAX / 2);
-        pthread_setattr_default_np(&huge);
-        backend.start();
-        pthread_setattr_default_np(&normal);
-        QVERIFY(done.wait() && !backend.copying());
-    }
-#endif
 };
 
 int main(int argc, char* argv[])
