@@ -1,4 +1,4 @@
-"""The real program on the example SDK, used by hand and by a screen reader."""
+"""The real program, started and ended, and used by a screen reader."""
 
 import os
 import pathlib
@@ -27,7 +27,6 @@ class EndToEnd(unittest.TestCase):
         self.sdk = self.root / "camera sdk"
         shutil.copytree(SDK, self.sdk)
         self.copied = self.root / "Documents" / "Ma côpy"
-        self.done = f"Done copying files, you can now open the project in {self.copied}."
 
     def open(self, *options):
         window = Program(PROGRAM, *options, str(self.sdk / "samples"), "Ma côpy", home=self.root)
@@ -71,12 +70,12 @@ class EndToEnd(unittest.TestCase):
         window.act("push button", "Copy")
         self.assertFalse(window.find("dialog", "Warning"))
         window.act("push button", "Abort")
-        self.assertEqual(window.message(), self.done)
+        self.assertIn("finish generating", window.message())
         self.assertLess(len(list(self.copied.glob("file *"))), 10_000)
         window.key("Escape")
         window.act("push button", "Copy")
         window.act("push button", "Yes")
-        self.assertEqual(window.message(), self.done)
+        self.assertIn("finish generating", window.message())
         self.assertEqual(len(list(self.copied.glob("file *"))), 10_000)
         window.act("push button", "OK")
         self.assertEqual(window.status(), 0)
