@@ -18,7 +18,8 @@ public:
     IFile(const IFile&) = delete;
     IFile& operator=(const IFile&) = delete;
 
-    // Reads the next line without its line end (LF or CR LF) into `buffer`, NUL-terminated.
+    // Reads the next line without its line end (LF or CR LF) into `buffer`, NUL-terminated. A CR
+    // alone belongs to the line, also at the end of the file.
     // A line of `size` bytes or more comes in pieces of size - 1 bytes, one per call. NUL bytes of
     // the file are left out. False, with the buffer untouched, when no line is left, for a file
     // that is open for writing, and for a size below 2.

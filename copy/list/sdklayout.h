@@ -7,7 +7,8 @@
 inline constexpr QLatin1StringView solutionName("dotnet.sln");
 
 // Where an SDK keeps what is copied, or needed to build a copy. Made from the path of its samples
-// folder, relative or absolute, as in SdkLayout{"/sdk/samples"}; no path but the root ends in "/".
+// folder, relative or absolute, as in SdkLayout{u"/sdk/samples"_s}. No path ends in "/", except that
+// of the file system's root.
 struct SdkLayout
 {
     QString samples;
