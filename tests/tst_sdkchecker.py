@@ -1,4 +1,4 @@
-"""What scripts/trysdk.py says of SDKs."""
+"""What scripts/sdkchecker.py says of SDKs."""
 
 import pathlib
 import re
@@ -7,7 +7,7 @@ import sys
 import tempfile
 import unittest
 
-SCRIPT = pathlib.Path(__file__).parent.parent / "scripts/trysdk.py"
+SCRIPT = pathlib.Path(__file__).parent.parent / "scripts/sdkchecker.py"
 LINE = 'Project("")="{0}","{0}/{0}.csproj","1"\n'
 SET = '#set(ZUVYSDKDIR "@PRJDUP_ZUVYSDKDIR@")\n'
 FAULTS = {
@@ -40,7 +40,7 @@ w <Copy SourceFiles="..\..\lib\a" />
 + <Compile Include="..\..\dotnet\*" Condition="'..\x'" />""".splitlines()
 
 
-class TrySdk(unittest.TestCase):
+class SdkChecker(unittest.TestCase):
     def check(self, files, sdk="sdk"):
         with tempfile.TemporaryDirectory() as root:
             for name, text in files.items():
