@@ -60,7 +60,7 @@ def copy(window, boxes, screenshot=None):
 
 def build_cmake(folder):
     run("cmake", "-S", folder, "-B", folder / "build")
-    run("cmake", "--build", folder / "build")
+    return run("cmake", "--build", folder / "build")
 
 
 def run_cmake(folder):
@@ -79,8 +79,9 @@ def solution_builder():
 
 
 def build_dotnet(folder, configuration):
-    options = ["/nologo", "/v:m", f"/p:Configuration={configuration}"]
-    run(*solution_builder(), *options, "dotnet.sln", cwd=folder)
+    # Tells where each program is put, and sums up the errors of each project.
+    options = ["/nologo", "/v:n", f"/p:Configuration={configuration}"]
+    return run(*solution_builder(), *options, "dotnet.sln", cwd=folder)
 
 
 def run_dotnet(folder, configuration):
