@@ -26,8 +26,9 @@ def error_lines(output):
 
 def cmake_errors(output):
     """Whole messages of CMake, or else the first errors of the compiler or linker."""
-    messages = "".join(CMAKE_ERROR.findall(output)).splitlines()
-    return tuple(line for line in messages if line.strip())[:20] or error_lines(output)
+    messages = list(dict.fromkeys(CMAKE_ERROR.findall(output)))[:3]
+    lines = "".join(messages).splitlines()
+    return tuple(line for line in lines if line.strip()) or error_lines(output)
 
 
 def dotnet_errors(output, known):

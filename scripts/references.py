@@ -146,7 +146,9 @@ def advice(place, text, lost, there, here):
         return "$(SolutionDir)" + in_samples.replace("/", "\\")
     if in_dotnet.startswith("doc/"):
         return "keep sources out of doc"
-    return "move it to dotnet/" if in_dotnet.startswith("../") else "a plain path"
+    if in_dotnet.startswith("../"):
+        return "move it to dotnet/"
+    return "the plain path " + os.path.relpath(path, there.folder).replace("/", "\\")
 
 
 def compare(file, old_values, new_values, there, here):

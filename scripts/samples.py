@@ -14,8 +14,9 @@ SOLUTION_BOX = "Open the solution after copying."
 
 def run(*command, cwd=None):
     """Runs a build step or a built program and returns what it prints."""
+    command = [str(part) for part in command]
     result = subprocess.run(
-        [str(part) for part in command],
+        command,
         cwd=cwd,
         check=False,
         stdout=subprocess.PIPE,
@@ -24,7 +25,7 @@ def run(*command, cwd=None):
         errors="replace",
     )
     if result.returncode:
-        raise RuntimeError(f"{command} failed:\n{result.stdout}")
+        raise RuntimeError(f"{' '.join(command)} failed:\n{result.stdout}")
     return result.stdout
 
 

@@ -79,7 +79,7 @@ def counted(number, noun):
 
 def only(names, count):
     """Names the copies or builds, unless it is all of them."""
-    return "" if len(names) in (0, count) else f" ({'; '.join(sorted(names))} only)"
+    return "" if len(names) in (0, count) else f" (only in {'; '.join(sorted(names))})"
 
 
 class Trial:
@@ -107,7 +107,7 @@ class Trial:
         destination = self.copy("CMake", [CMAKE_BOX])
         failed, output = self.build("CMake", build_cmake, run_cmake, destination)
         if failed:
-            self.fault("samples/CMakeLists.txt", "does not build", cmake_errors(output))
+            self.fault("samples", "the CMake samples do not build", cmake_errors(output))
 
     def try_dotnet(self):
         if not (self.sdk / "bin").is_dir():
@@ -177,7 +177,7 @@ class Trial:
     @staticmethod
     def misplaced(project, folder):
         if folder == "bin":
-            advice = "give Debug and Release a PropertyGroup with an OutputPath each"
+            advice = "give Debug and Release a PropertyGroup and OutputPath each"
         elif project.count("/") > 1:
             advice = "move its folder directly into samples/"
         else:
@@ -210,7 +210,7 @@ class Trial:
         project = files[path]
         if project.is_newer_format and solution_builder() != ["dotnet", "msbuild"]:
             self.not_buildable.add(path)
-            text = "is of the newer format, which only dotnet builds: install that to check it"
+            text = "is of the newer format, which only dotnet builds: install that and try again"
             self.fault(f"samples/{path}", text)
         elif path.endswith((".csproj", ".vbproj", ".fsproj")):
             defaults = {"assemblyname": pathlib.Path(path).stem}
@@ -223,7 +223,7 @@ class Trial:
             is_copied = (destination / "bin/Debug" / file.name).exists()
             if LIBRARY.fullmatch(file.name) and not is_copied:
                 text = "is not copied beside the programs"
-                instead = "a name that adapt/sdkimports.cpp has"
+                instead = "a name of adapt/sdkimports.cpp, or load it from lib/"
                 self.lost[Lost(f"lib/{file.name}", 0, "", text, instead)].add(name)
 
     def check_unchanged(self):

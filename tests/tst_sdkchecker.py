@@ -33,12 +33,12 @@ add it to the solution|<ProjectReference Include="..\a" />
 compile its sources in|<ProjectReference Include="..\..\dotnet\A" />
 one item per path|<Compile Include="..\..\dotnet\A;..\..\dotnet\A" />
 narrower wildcards|<Compile Exclude="..\0\*" />
-a plain path|<None Include="$(ProjectDir)..\..\dotnet\A" />
-keep sources out of doc (dotnet with wrapper only)|<None Include="..\..\dotnet\doc\a" />
-$(SolutionDir)0\[a] b (dotnet with wrapper only)|<Compile Include="..\0\[a] b" />
-move it to dotnet/ (dotnet with wrapper only)|<None Include="..\a" />
-$(MSBuildProjectDirectory)\[a] b (dotnet with wrapper only)|<Copy SourceFiles="[a] b" />
-move it to dotnet/ (dotnet with wrapper only)|<Copy SourceFiles="..\..\lib\a" />
+the plain path ..\..\dotnet\A|<None Include="$(ProjectDir)..\..\dotnet\A" />
+keep sources out of doc (only in dotnet with wrapper)|<None Include="..\..\dotnet\doc\a" />
+$(SolutionDir)0\[a] b (only in dotnet with wrapper)|<Compile Include="..\0\[a] b" />
+move it to dotnet/ (only in dotnet with wrapper)|<None Include="..\a" />
+$(MSBuildProjectDirectory)\[a] b (only in dotnet with wrapper)|<Copy SourceFiles="[a] b" />
+move it to dotnet/ (only in dotnet with wrapper)|<Copy SourceFiles="..\..\lib\a" />
 a step of the first Target|</Target><Target><Copy SourceFiles="..\..\dotnet\A" />
 |<Copy SourceFiles="..\..\dotnet\A" DestinationFolder="..\x" /><Copy SourceFiles="@(A)" />
 |<PostBuildEvent>cp $(ProjectDir)..\0\0.csproj .</PostBuildEvent>
