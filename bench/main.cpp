@@ -14,8 +14,6 @@
 #include <QQuickWindow>
 #include <QTimer>
 
-#include <pugixml.hpp>
-
 #include <filesystem>
 #include <map>
 
@@ -105,21 +103,13 @@ double showFirstFrame(const QString& document)
     return QCoreApplication::exec();
 }
 
-// The two below load a project file, change its first output path, and save it.
+// Loads a project file, changes its first output path, and saves it.
 void editXml(const std::string& path)
 {
     kvo::CXMLFile file;
     file.Load(path);
     file.GetCurr()->FindChild("PropertyGroup")->FindChild("OutputPath")->value = "..\\bin";
     file.Save(path + ".out");
-}
-
-void editPugi(const std::string& path)
-{
-    pugi::xml_document document;
-    document.load_file(path.c_str(), pugi::parse_full);
-    document.child("Project").child("PropertyGroup").child("OutputPath").text() = "..\\bin";
-    document.save_file((path + ".out").c_str());
 }
 
 void adaptSolution(const std::string& folder)
@@ -152,7 +142,6 @@ int main(int argc, char* argv[])
         {"window", [&] { return copyThroughWindow(second); }},
         {"frame", [&] { return showFirstFrame(first); }},
         {"xml", [&] { return repeat(editXml); }},
-        {"pugi", [&] { return repeat(editPugi); }},
         {"solution", [&] { return repeat(adaptSolution); }}};
     std::printf("%f\n", tasks.at(argv[0])());
 }
