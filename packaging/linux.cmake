@@ -44,16 +44,17 @@ foreach(pattern
     list(APPEND modules ${found})
 endforeach()
 
-# The modules that the document imports, directly or not, but of the styles only the one that the
-# program sets. Their documents are compiled into their plug-ins.
+# The modules that the document imports, directly or not. Not those that Qt's libraries hold anyway,
+# the styles that the program does not set, and the shapes that only they draw. What a module shows is
+# compiled into its plug-in.
+set(unused "^(QtQml|QtQuick|QtQuick/Shapes|QtQuick/Controls/[A-Z].*)$")
 run(${qmlimportscanner} -qmlFiles ${document} -importPath ${qml})
 set(imports ${output})
 string(JSON count LENGTH ${imports})
 math(EXPR last "${count} - 1")
 foreach(index RANGE ${last})
     string(JSON module ERROR_VARIABLE builtin GET ${imports} ${index} relativePath)
-    string(REGEX MATCH "^QtQuick/Controls/[A-Z].*" style "${module}")
-    if(builtin OR style AND NOT style MATCHES /Basic)
+    if(builtin OR (module MATCHES ${unused} AND NOT module MATCHES /Basic))
         continue()
     endif()
     file(GLOB plugin ${qml}/${module}/*.so)
