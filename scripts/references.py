@@ -114,6 +114,10 @@ class Tree:
         return UPWARD.search(path) and not path.startswith("$(")
 
 
+def is_item(place):
+    return place in ("Compile Include", "None Include")
+
+
 def is_command(place):
     return place.endswith(("BuildEvent", "Command"))
 
@@ -124,7 +128,6 @@ def split(place, text):
 
 def advice(place, text, lost, there, here):
     """What docs/sdk.md says to have instead of the path `lost` in `text`."""
-    is_item = place in ("Compile Include", "None Include")
     is_step = place.startswith("Copy SourceFiles")
     path = there.resolve(place, lost)
     in_dotnet = os.path.relpath(path, there.samples.parent / "dotnet")
@@ -134,15 +137,15 @@ def advice(place, text, lost, there, here):
         return "compile its sources in" if folder == ".." else "add it to the solution"
     if place.endswith(" Exclude"):
         return "narrower wildcards"
-    if not is_item and not is_step:
+    if not is_item(place) and not is_step:
         return "move it to a project's folder"
     if ";" in text:
-        return "one item per path" if is_item else "one step per path"
+        return "one item per path" if is_item(place) else "one step per path"
     if is_step and there.samples / folder == there.folder:
         return "$(MSBuildProjectDirectory)" + in_samples.removeprefix(folder).replace("/", "\\")
     if is_step and place.endswith("later Target"):
         return "a step of the first Target"
-    if is_item and folder != ".." and (here.samples / folder).is_dir():
+    if is_item(place) and folder != ".." and (here.samples / folder).is_dir():
         return "$(SolutionDir)" + in_samples.replace("/", "\\")
     if in_dotnet.startswith("doc/"):
         return "keep sources out of doc"
@@ -169,6 +172,8 @@ def compare(file, old_values, new_values, there, here):
             first = lost[0] if lost else old
             text = first if is_command(place) else old
             instead = advice(place, text, first, there, here)
+            if is_item(place) and new == old and "$(" not in old:
+                instead = "an ItemGroup directly in the project"
             if not any(count for _, count in before):
                 instead += " (the SDK lacks it too)"
             yield Lost(f"samples/{file}", line, place, text, instead)

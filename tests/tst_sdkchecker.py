@@ -75,7 +75,7 @@ FILES = {
     "Case/Case.csproj": (None, "is spelled case/case.csproj"),
     "Gone/Gone.csproj": (None, "does not exist, nor does 'Gone'"),
     "0/0.resx": (r"<P><value>..\..\lib\a;T</value><value>..\a</value></P>", r"1: value: \.\..*"),
-    "1/own.props": (r"<P><HintPath>..\..\lib\a</HintPath></P>", r"1: HintPath: \.\..*"),
+    "1/own.props": (r'<P><None Include="..\..\dotnet\A" /></P>', "1: None .*: an ItemGroup directly"),
     "Directory.Build.props": ("", " stays behind; instead: one in each"),
     "../lib/libown.so": ("", " is not copied"),
     "CMakeLists.txt": (SET + "set(x ${CMAKE_SOURCE_DIR}/../a)", r"3: .*/a; instead: \$.*}a\n"),
