@@ -67,10 +67,20 @@ def reason_not_copied(name, path, samples, names):
 
 
 def folder_built_in(assembly, output):
-    """Where a build put an assembly, or None if it built none."""
+    """Where a build put an assembly, ending in a slash, or None if it built none."""
     # By xbuild: "Copying file from '...' to '...'"; by the others: "Name -> ...".
-    match = re.search(rf"(?:' to '|-> )(.*)/{re.escape(assembly)}\.(?:exe|dll)\b", output)
-    return match and match[1]
+    match = re.search(rf"(?:' to '|-> )(.*/|){re.escape(assembly)}\.(?:exe|dll)\b", output)
+    return match and (match[1] or "./")
+
+
+def misplaced(project, folder):
+    if folder == "bin/":
+        advice = "give Debug and Release a PropertyGroup and OutputPath each"
+    elif project.count("/") > 1:
+        advice = "move its folder directly into samples/"
+    else:
+        advice = "set OutputPath, in the project itself, and no OutDir"
+    return f"is built in {folder}, away from bin/<Configuration>/ and its libraries: {advice}"
 
 
 def counted(number, noun):
@@ -92,7 +102,7 @@ class Trial:
         self.faults = collections.defaultdict(set)  # the builds that have each
         self.lost = collections.defaultdict(set)  # the copies that lack each
         self.assemblies = {}  # by project
-        self.not_buildable = set()  # projects with a fault that is known before
+        self.faulty_projects = set()  # which their builds need not tell
 
     def fault(self, *fault, builds=()):
         self.faults[Fault(*fault)].update(builds)
@@ -160,7 +170,7 @@ class Trial:
         build = f"{name}, {configuration}"
         failed, output = self.build(build, build_dotnet, run_dotnet, destination, configuration)
         if failed:
-            for project, errors in dotnet_errors(output, self.not_buildable).items():
+            for project, errors in dotnet_errors(output, self.faulty_projects).items():
                 self.fault(f"samples/{project}", "does not build", errors, builds=[build])
         for project, assembly in self.assemblies.items():
             folder = folder_built_in(assembly, output)
@@ -168,33 +178,23 @@ class Trial:
             if any((destination / "bin" / configuration / file).exists() for file in files):
                 continue
             if folder:
-                text = self.misplaced(project, folder.replace(configuration, "<Configuration>"))
-                self.fault(f"samples/{project}", text, builds=[build])
+                folder = folder.replace(f"/{configuration}/", "/<Configuration>/")
+                self.fault(f"samples/{project}", misplaced(project, folder), builds=[build])
             elif not failed:
                 text = "is not built: the solution's configurations leave it out"
                 self.fault(f"samples/{project}", text, builds=[build])
 
-    @staticmethod
-    def misplaced(project, folder):
-        if folder == "bin":
-            advice = "give Debug and Release a PropertyGroup and OutputPath each"
-        elif project.count("/") > 1:
-            advice = "move its folder directly into samples/"
-        else:
-            advice = "set OutputPath, in the project itself, and no OutDir"
-        return f"is built in {folder}, away from bin/<Configuration> and its libraries: {advice}"
-
     def check_projects(self, name, destination):
         names = {name for _, name, _ in self.solution()}
         for number, project, path in self.solution():
-            if not path.endswith("proj"):
+            if not re.search(r"\.\w*proj$", path):
                 continue
             if (destination / path).is_file():
                 self.check_project(name, path, destination)
             else:
                 reason = reason_not_copied(project, path, self.samples, names)
                 self.fault(f"samples/dotnet.sln:{number}", f"{path} {reason}")
-                self.not_buildable.add(path.removeprefix("../"))
+                self.faulty_projects.add(path.removeprefix("../"))
 
     def check_project(self, name, path, destination):
         try:
@@ -205,11 +205,11 @@ class Trial:
             file, line, message = error.args
             file = file.relative_to(self.samples)
             self.fault(f"samples/{file}:{line}", f"is not well-formed XML: {message}")
-            self.not_buildable.add(path)
+            self.faulty_projects.add(path)
             return
         project = files[path]
         if project.is_newer_format and solution_builder() != ["dotnet", "msbuild"]:
-            self.not_buildable.add(path)
+            self.faulty_projects.add(path)
             text = "is of the newer format, which only dotnet builds: install that and try again"
             self.fault(f"samples/{path}", text)
         elif path.endswith((".csproj", ".vbproj", ".fsproj")):

@@ -63,8 +63,8 @@ PROJECT = """<Project xmlns="http://schemas.microsoft.com/developer/msbuild/2003
 <Import Project="$(MSBuildToolsPath)/Microsoft.CSharp.targets" /></Project>"""
 # The solution's projects and other files, and what is said of each. None: not in the SDK.
 FILES = {
-    "Away/Away.csproj": (PROJECT, " is built in bin, away .*: give"),
-    "Deep/In/Deep.csproj": (PROJECT, " is built in Deep/bin, away .*: move"),
+    "Away/Away.csproj": (PROJECT, " is built in bin/, away .*: give"),
+    "Deep/In/Deep.csproj": (PROJECT, " is built in Deep/bin/, away .*: move"),
     "Broken/Broken.csproj": (PROJECT.replace("a.cs", "b"), " does not build\n      CSC: error CS2001"),
     "Newer/Newer.csproj": ("<Project Sdk='' />", " is of the newer format"),
     "Xml/Xml.csproj": ("<P", "1: is not well-formed"),
