@@ -15,13 +15,10 @@ ERROR_IN_PROJECT = re.compile(r"\s*(\S.*proj) ?: +error")
 
 
 def error_lines(output):
-    """The first errors, or else the last lines up to where the build gives up."""
+    """The first errors, or else the last lines."""
     lines = [line.strip() for line in output.splitlines() if line.strip()]
     errors = [line for line in lines if ERROR.search(line) and not CONSEQUENCE.match(line)]
-    if errors:
-        return tuple(dict.fromkeys(errors))[:5]
-    end = next((i for i, line in enumerate(lines, 1) if "***" in line), len(lines))
-    return tuple(lines[max(end - 5, 0) : end])
+    return tuple(dict.fromkeys(errors))[:5] or tuple(lines[-5:])
 
 
 def cmake_errors(output):

@@ -19,7 +19,7 @@ VERDICTS = {
     ":2: '# set(ZUVYSDKDIR)' must be '#": {"CMakeLists.txt": "project(x NONE)\n# set(ZUVYSDKDIR)"},
     "new: was changed": {"CMakeLists.txt": SET + 'file(TOUCH "${ZUVYSDKDIR}new")'},
     "requested file:\n          gone": {"CMakeLists.txt": SET + "include(gone)"},
-    "cannot find -lgone": {"CMakeLists.txt": SET + LINK},
+    "do not build\n      /usr/bin/ld: cannot find -lgone": {"CMakeLists.txt": SET + LINK},
     "\n      I quit": {"CMakeLists.txt": SET + "add_custom_target(x ALL echo I quit && false)"},
 }
 # What an SDK's projects refer to, after what is said of it.
@@ -65,7 +65,7 @@ PROJECT = """<Project xmlns="http://schemas.microsoft.com/developer/msbuild/2003
 FILES = {
     "Away/Away.csproj": (PROJECT, " is built in bin/, away .*: give"),
     "Deep/In/Deep.csproj": (PROJECT, " is built in Deep/bin/, away .*: move"),
-    "Broken/Broken.csproj": (PROJECT.replace("a.cs", "b"), " does not build\n      CSC: error CS2001"),
+    "Broken/Broken.csproj": (PROJECT.replace("a.cs", "b"), " does not build\n *CSC: error CS2001"),
     "Newer/Newer.csproj": ("<Project Sdk='' />", " is of the newer format"),
     "Xml/Xml.csproj": ("<P", "1: is not well-formed"),
     "lens/Lens.csproj": ("", "lies in 'lens': name the folder 'Lens'"),
@@ -75,7 +75,7 @@ FILES = {
     "Case/Case.csproj": (None, "is spelled case/case.csproj"),
     "Gone/Gone.csproj": (None, "does not exist, nor does 'Gone'"),
     "0/0.resx": (r"<P><value>..\..\lib\a;T</value><value>..\a</value></P>", r"1: value: \.\..*"),
-    "1/own.props": (r'<P><None Include="..\..\dotnet\A" /></P>', "1: None .*: an ItemGroup directly"),
+    "1/an.props": (r'<P><None Include="..\..\dotnet\A" /></P>', "1: None .*: an ItemGroup"),
     "Directory.Build.props": ("", " stays behind; instead: one in each"),
     "../lib/libown.so": ("", " is not copied"),
     "CMakeLists.txt": (SET + "set(x ${CMAKE_SOURCE_DIR}/../a)", r"3: .*/a; instead: \$.*}a\n"),
@@ -109,7 +109,7 @@ class SdkChecker(unittest.TestCase):
 
     def test_solution(self):
         files = {"../lib/a": "", "../dotnet/A": "", "../dotnet/doc/a": "", "a": ""}
-        files["case/case.csproj"] = ""
+        files |= {"case/case.csproj": "", "1/own.props": "<P><Import Project='an.props' /></P>"}
         solution = ""
         for number, line in enumerate(REFERENCES):
             group = "Target" if "<Copy" in line else "ItemGroup"
