@@ -10,11 +10,14 @@ struct ProjectLocation
     std::string path;        // the project file, relative to both
 };
 
-// Rewrites a .NET project file (.csproj) from the SDK into the copy so that it builds there: output
-// goes to "..\bin" by configuration; Compile and None items and the Copy steps of the first Target
-// refer to what was copied or, by absolute path, to what stayed in the SDK. Those that use `$(`,
-// `@(` or `%(` keep their references. All other bytes stay the same.
+// Rewrites a .NET project file (.csproj) from the SDK into the copy so that it builds there:
+// - The output of each configuration goes to a folder of its own below "..\bin", and intermediate
+//   output to where it goes by default.
+// - Compile and None items and the Copy steps of the first Target refer to what was copied or, by
+//   absolute path, to what stayed in the SDK. Those that use `$(`, `@(` or `%(` keep their
+//   references. Items outside the project's folder get a Link, the others lose theirs.
+// All other bytes stay the same, but blank lines before a removed element go with it.
 //
 // `localProjectFiles`: the files in the project's folder were copied. `copyWrapper`: so were the
-// files outside it. A project that does not load leaves the copy's file alone.
+// files outside it. If the project does not load, the copy's file stays as it is.
 void RewriteProject(const ProjectLocation& location, bool localProjectFiles, bool copyWrapper);

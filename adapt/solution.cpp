@@ -7,6 +7,7 @@
 #include "kvo/path.h"
 #include "kvo/regularfile.h"
 
+#include <QDir>
 #include <QFile>
 
 #include <cstring>
@@ -70,6 +71,9 @@ void GetDotnetDirs(QList<QString>& names, QString source)
 
 bool FilterSln(QString solutionPath, QString destination, bool localProjectFiles, bool copyWrapper)
 {
+    // On Unix, a name may hold "\", which would be taken for a separator below.
+    if (QDir::fromNativeSeparators(solutionPath + destination).contains(u'\\'))
+        return false;
     const std::string source = solutionPath.toStdString();
     const std::string target = destination.toStdString();
 

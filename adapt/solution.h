@@ -12,6 +12,7 @@ void GetDotnetDirs(QList<QString>& names, QString source);
 // SDK into the copy (see RewriteProject). Projects that do not load, or whose path leads out of
 // `destination`, are skipped.
 //
-// Returns false, with no project touched, if the solution cannot be read or its copy not opened for
-// writing. A write that fails later leaves the copy as it was, and is ignored.
+// Returns false, with no project touched, if the solution cannot be read, its copy cannot be opened
+// for writing, or one of the paths has a "\" in a name. A write that fails later leaves the copy as
+// it was, and is ignored.
 bool FilterSln(QString solutionPath, QString destination, bool localProjectFiles, bool copyWrapper);

@@ -133,7 +133,9 @@ bool IsLeftAlone(const QString& destination, const SdkLayout& sdk)
     if (destination.isEmpty() || place.spelled.empty())
         return true;
     std::error_code error;
-    const bool isNew = !fs::exists(place.spelled, error) && !error;
+    // A path such as "new/.." does not exist, but will once its folders are made.
+    const bool exists = fs::exists(place.spelled, error) || fs::exists(place.resolved, error);
+    const bool isNew = !exists && !error && !place.resolved.empty();
     return !isNew && (error || holdsUserFolder(place) || holdsMountPoint(place) ||
                       overlaps(place, sdk.folders()));
 }

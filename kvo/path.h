@@ -4,14 +4,15 @@
 #include <string_view>
 
 // Path operations on UTF-8 text. Nothing here looks at the disk: links are not followed and case
-// counts. Both "/" and "\" separate the components of an argument; `separator` is what a result is
-// joined with. Bytes that are not UTF-8 may become U+FFFD.
+// counts. Both "/" and "\" separate the components of every argument, also on systems where a name
+// may hold "\"; `separator` is what a result is joined with. Bytes that are not UTF-8 may become
+// U+FFFD.
 namespace kvo::path {
 
 // What follows the last separator; empty when the path ends in one.
 std::string GetFilename(std::string_view path);
 
-// The folder part, joined with "/", without a trailing one except for the root; empty if there is
+// The folder part with "/" as separator, but none at its end except for the root; empty if there is
 // none.
 std::string GetDirectory(std::string_view path);
 

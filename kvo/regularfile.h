@@ -21,8 +21,8 @@ bool OpenRegular(QFile& file, QIODevice::OpenMode mode);
 std::optional<QByteArray> ReadWhole(const std::string& path);
 
 // A new file, open for writing. Its commit() puts it in place of the one at the UTF-8 `path`, or
-// leaves that as it was if a write failed. A write that is only short must be canceled by the
-// caller. Null if it cannot be created.
+// leaves that as it was if a write failed. If a write takes fewer bytes than given, the caller must
+// cancel. Null if the file cannot be created.
 std::unique_ptr<QSaveFile> OpenReplacement(const std::string& path);
 
 } // namespace kvo

@@ -18,9 +18,11 @@ namespace kvo {
 // - more than 1,000 attributes in a tag, or 64,000 characters of attribute lists in a DTD;
 // - an entity that expands to over 4,096 characters (fewer where entities are used very often), or
 //   that stands for an escaped "<" or "&" and is used in an attribute;
-// - names with a colon first, last or twice, and elements whose names have characters that only the
-//   fifth edition of XML 1.0 allows;
+// - names with a colon first, last or twice, or with any colon outside of elements and attributes;
+// - elements whose names have characters that only the fifth edition of XML 1.0 allows;
+// - a system identifier with "<" or "&";
 // - encodings that Qt was built without.
+// Not all that is malformed within a DTD is noticed.
 class CXMLFile
 {
 public:
@@ -67,8 +69,9 @@ public:
 
         std::string name; // must be a valid one
         // The character data, references resolved and line ends as LF; empty if it is only white
-        // space around child elements. A new value is written at its beginning. Comments and
-        // processing instructions outlive a change, CDATA sections and entity references do not.
+        // space around child elements, which then stays beside a new value. A new value is written
+        // at the beginning of the content. Comments and processing instructions outlive it, CDATA
+        // sections and entity references do not.
         std::string value;
         CAttribArray attributes;
 
@@ -108,7 +111,8 @@ public:
     ~CXMLFile();
 
     // Replaces the document by the file's and makes the top element the current one. On failure
-    // (no such file, not a regular file, unknown encoding, malformed) the document is empty.
+    // (no such file, not a regular file, unknown encoding, malformed, refused) the document is
+    // empty.
     bool Load(const std::string& path);
 
     // Writes the document in its own encoding. False when it is empty or cannot be written; a file

@@ -16,9 +16,8 @@ inline constexpr QStringView blanks = u" \t";
 inline constexpr QStringView lineEnds = u"\r\n";
 inline constexpr QStringView spaces = u" \t\r\n";
 
-// The text of an XML file, without its byte order mark, and where things are in it. Positions that
-// functions take must be what their names say, in a well-formed text. Part of CXMLFile; not for
-// callers.
+// The text of an XML file, without its byte order mark, and where things are in it, if it is
+// well-formed. Part of CXMLFile; not for callers.
 class CXMLText
 {
 public:
@@ -36,10 +35,11 @@ public:
     qsizetype BlanksAfter(qsizetype position) const;
     // The line end and indentation before the position; empty if it is not the first on its line.
     QString Lead(qsizetype position) const;
-    // Where the value of the first attribute after the position, without its quotes, begins and
-    // ends; the position is the end of the name of a start tag or of another attribute.
+    // Where the value of the next attribute, without its quotes, begins and ends. Requires: in a
+    // start tag, the position is the end of the element's name or of another attribute.
     std::pair<qsizetype, qsizetype> NextValue(qsizetype position) const;
-    // The next comment or processing instruction from the position on, or the limit.
+    // Where the data that begins at the position ends: at the next comment or processing
+    // instruction, or at the limit.
     qsizetype DataEnd(qsizetype position, qsizetype limit) const;
     // Where the comments and processing instructions that begin at the position end; the position
     // itself if there are none.

@@ -167,7 +167,10 @@ private:
             }
             const bool endsLine = lineEnds.contains(m_source.Text()[endWithBlanks]);
             const bool followsSpace = spaces.contains(m_source.Text()[begin - 1]);
-            m_edits.Replace(endsLine ? m_source.SpaceBefore(begin) : begin, end);
+            // A comment keeps "]]" and ">" apart.
+            const bool mayJoin = m_source.Text()[begin - 1] == u']';
+            m_edits.Replace(endsLine ? m_source.SpaceBefore(begin) : begin, end,
+                            mayJoin ? u"<!---->"_s : QString());
             // By an edit of its own, as a child may be inserted at the end.
             if (endsLine || followsSpace)
                 m_edits.Replace(end, endWithBlanks);

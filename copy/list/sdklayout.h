@@ -7,8 +7,7 @@
 inline constexpr QLatin1StringView solutionName("dotnet.sln");
 
 // Where an SDK keeps what is copied, or needed to build a copy. Made from the path of its samples
-// folder, relative or absolute, as in SdkLayout{u"/sdk/samples"_s}. No path ends in "/", except that
-// of the file system's root.
+// folder, relative or absolute and without a "/" at its end, as in SdkLayout{u"/sdk/samples"_s}.
 struct SdkLayout
 {
     QString samples;
