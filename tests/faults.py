@@ -2,13 +2,11 @@
 
 import os
 import pathlib
-import random
 import resource
 import shutil
 import signal
 import sys
 import tempfile
-import time
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "scripts"))
@@ -33,10 +31,6 @@ exec $drop "$@"' sh "$@"
 PROGRAM, TESTS, *inside = sys.argv[1:]
 if not inside:
     os.execvp("sh", ["sh", "-c", SANDBOX, TESTS, sys.executable, *sys.argv, "inside"])
-SEED = os.environ.get("SEED", str(time.time_ns()))
-random.seed(SEED)
-print(f"SEED={SEED}", flush=True)
-
 PAGE = 4096
 PLACEHOLDER = b'#set(ZUVYSDKDIR "@PRJDUP_ZUVYSDKDIR@")'
 AS_IT_WAS = {"CMakeLists.txt": PLACEHOLDER.ljust(PAGE)}
@@ -120,11 +114,11 @@ class Faults(Case):
         self.copy({"large": None})
 
     def start_many(self):
-        """A window at a random moment of its copy."""
+        """A window amid its copy."""
         self.add({f"many/{number}": b"x" * 4000 for number in range(5000)})
         shutil.rmtree(self.destination, ignore_errors=True)
-        window, count = self.start(), random.randrange(500)
-        wait(lambda: len(list(self.destination.glob("many/*"))) > count, "copied files")
+        window = self.start()
+        wait(lambda: any(self.destination.glob("many/*")), "copied files")
         return window
 
     def test_completes_the_copy_when_closed(self):
@@ -132,12 +126,6 @@ class Faults(Case):
         window.close()
         self.assertEqual(window.status(), 0)
         self.assertTrue(self.copied() == self.whole())
-
-    def test_adapts_the_copy_when_aborted(self):
-        window = self.start_many()
-        window.act("push button", "Abort")
-        self.finish(window)
-        self.assertTrue(self.copied() < self.whole())
 
     def test_ends_and_starts_nothing_on_signals(self):
         for number in (signal.SIGINT, signal.SIGHUP, signal.SIGTERM):
@@ -147,12 +135,6 @@ class Faults(Case):
             self.assertTrue(self.copied() < self.whole())
         self.assertFalse(self.started.exists())
 
-    def test_completes_the_copy_of_a_killed_program(self):
-        window = self.start_many()
-        window.process.kill()
-        window.status()
-        self.assertTrue(self.copied() < self.whole(AS_IT_WAS))
-        self.copy()
 
 
 class Mounts(Case):

@@ -65,15 +65,6 @@ private slots:
         }
     }
 
-    void rewritesNoLinkedCMakeLists()
-    {
-        const QTemporaryDir folder;
-        const QString link = folder.filePath(u"link"_s);
-        writeFile(folder.filePath(u"file"_s));
-        QVERIFY(QFile::link(u"file"_s, link));
-        QVERIFY(!FilterCMakeLists(link, u"/s"_s));
-    }
-
     void splitsOutsideQuotes()
     {
         QCOMPARE(tokens("", " "), "");
@@ -127,58 +118,32 @@ private slots:
                  "a\r\n\r\n" + longest + "\r\n" + longest + "\r\non\r\nlast\r\n");
     }
 
-    void rewritesTheProjectsOfASolution_data()
+    void rewritesTheProjectsInTheCopy()
     {
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<QByteArray>("project");
-        QTest::addColumn<QByteArray>("copy");
-        QTest::newRow("in a folder") << "A\\É 1.csproj"_ba
-                                     << "<P ></P >"_ba
-                                     << "<P ></P >"_ba;
-        QTest::newRow("malformed") << "A\\A.csproj"_ba
-                                   << "<P"_ba
-                                   << "copied"_ba;
-        QTest::newRow("outside the copy") << "..\\A\\A.csproj"_ba
-                                          << "<P />"_ba
-                                          << "copied"_ba;
-    }
-
-    void rewritesTheProjectsOfASolution()
-    {
-        QFETCH(QByteArray, path);
-        QFETCH(QByteArray, project);
         const Sdk sdk;
-        const QString file = u'/' + QString::fromUtf8(path).replace(u'\\', u'/');
-        // An SDK may consist of links.
-        writeFile(sdk.root.filePath(u"project"_s), project);
-        writeFile(sdk.root.filePath(u"solution"_s),
-                  quoted("Project('{t}') = 'A', '" + path + "', '{1}'\n"));
-        QDir(sdk.samples).mkpath(QFileInfo(sdk.samples + file).path());
-        QVERIFY(QFile::link(sdk.root.filePath(u"project"_s), sdk.samples + file));
-        QVERIFY(QFile::link(sdk.root.filePath(u"solution"_s), sdk.solution));
-        writeFile(sdk.copy + file, "copied");
+        QByteArray solution;
+        for (const QString& path : {u"A/É 1.csproj"_s, u"A/bad.csproj"_s, u"../A/out.csproj"_s}) {
+            writeFile(sdk.samples + u'/' + path, path.contains(u"bad") ? "<P" : "<P ></P >");
+            writeFile(sdk.copy + u'/' + path, "copied");
+            solution += "Project(\"{t}\") = \"A\", \"" + path.toUtf8() + "\", \"{1}\"\n";
+        }
+        writeFile(sdk.solution, solution.replace('/', '\\'));
         QVERIFY(FilterSln(sdk.solution, sdk.copy, true, false));
-        QTEST(readFile(sdk.copy + file), "copy");
+        QCOMPARE(readFile(sdk.copy + u"/A/É 1.csproj"_s), "<P ></P >");
+        QCOMPARE(readFile(sdk.copy + u"/A/bad.csproj"_s), "copied");
+        QCOMPARE(readFile(sdk.copy + u"/../A/out.csproj"_s), "copied");
     }
 
-    void touchesNoProjectWhenTheSolutionCannotBeWritten()
+    void readsLinkedFilesOfTheSdk()
     {
         const Sdk sdk;
-        writeFile(sdk.samples + u"/P.csproj"_s, "<P/>");
-        writeFile(sdk.solution, quoted("Project('{t}') = 'P', 'P.csproj', '{1}'\n"));
-        // A folder takes the place of the copied solution.
-        writeFile(sdk.solutionCopy + u'/');
-        QVERIFY(!FilterSln(sdk.solution, sdk.copy, true, false));
-        QVERIFY(!QFile::exists(sdk.copy + u"/P.csproj"_s));
-    }
-
-    void readsNoPipe()
-    {
-        const Sdk sdk;
-        makePipe(sdk.solution);
-        Names names;
-        GetDotnetDirs(names, sdk.samples);
-        QVERIFY(names.isEmpty() && !FilterSln(sdk.solution, sdk.copy, true, false));
+        const QString project = sdk.root.filePath(u"x"_s), solution = sdk.root.filePath(u"y"_s);
+        writeFile(project, "<P/>");
+        writeFile(solution, quoted("Project('{t}') = 'P', 'P.csproj', '{1}'\n"));
+        QVERIFY(QFile::link(project, sdk.samples + u"/P.csproj"_s));
+        QVERIFY(QFile::link(solution, sdk.solution));
+        QVERIFY(FilterSln(sdk.solution, sdk.copy, true, false));
+        QCOMPARE(readFile(sdk.copy + u"/P.csproj"_s), "<P/>");
     }
 
     void collectsTheRuntime()

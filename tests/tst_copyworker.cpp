@@ -50,9 +50,8 @@ struct Sdk
     QString copied() const { return Names(readTree(destination).keys()).join(u' '); }
 };
 
-// Runs a worker on this thread, aborted before it copies more than so many entries. Returns the
-// number that it announced.
-int run(const Sdk& sdk, bool dotnet = false, bool wrapper = false, int most = 1000)
+// Runs a worker on this thread. Returns how many entries it announced.
+int run(const Sdk& sdk, bool dotnet = false, bool wrapper = false, bool aborted = false)
 {
     struct Worker : CopyWorker
     {
@@ -61,10 +60,9 @@ int run(const Sdk& sdk, bool dotnet = false, bool wrapper = false, int most = 10
     int announced = 0;
     QObject::connect(&worker, &CopyWorker::fileChanged, [&](const QString& file) {
         QVERIFY2(!QFile::exists(sdk.destination + file), "not announced before it is copied");
-        if (++announced == most)
-            worker.abort();
+        ++announced;
     });
-    if (most == 0)
+    if (aborted)
         worker.abort();
     worker.run();
     return announced;
@@ -108,17 +106,10 @@ private slots:
         QVERIFY(readFile(sdk.path("my côpy/N/N.csproj")).contains("'N.cs'"));
     }
 
-    void stopsWhenAborted()
-    {
-        const Sdk sdk;
-        QCOMPARE(run(sdk, false, false, 2), 2);
-        QCOMPARE(readTree(sdk.destination).size(), 2);
-    }
-
     void adaptsTheCopyWhenAborted()
     {
         const Sdk sdk;
-        run(sdk, true, false, 0);
+        run(sdk, true, false, true);
         QVERIFY(readFile(sdk.destination + u"/dotnet.sln"_s).endsWith("\r\n"));
     }
 
