@@ -81,16 +81,14 @@ class Case(unittest.TestCase):
             window.act("push button", "Yes")
         return window
 
-    def finish(self, window):
+    def copy(self, but={}):
+        """Copies everything `but` for some contents, or with None nothing."""
+        before = self.copied()
+        window = self.start()
         self.assertIn("in cmake-gui", window.message())
         window.act("push button", "OK")
         self.assertEqual(window.status(), 0)
         self.assertEqual(fingerprint(self.sdk), self.before)
-
-    def copy(self, but={}):
-        """Copies everything `but` for some contents, or with None nothing."""
-        before = self.copied()
-        self.finish(self.start())
         self.assertTrue(self.copied() == (before if but is None else self.whole(but)))
 
 

@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
-#include <QMap>
 #include <QTemporaryDir>
 
 #include <csignal>
@@ -20,9 +19,6 @@
 using Names = QList<QString>;
 using Qt::StringLiterals::operator""_ba;
 using Qt::StringLiterals::operator""_s;
-
-// Files by relative path, with their contents; a path that ends in "/" is a folder.
-using Tree = QMap<QString, QByteArray>;
 
 inline QByteArray readFile(const QString& path)
 {
@@ -46,25 +42,17 @@ inline void makePipe(const QString& path)
         qFatal("cannot make %s", qPrintable(path));
 }
 
-inline void writeTree(const QString& root, const Tree& tree)
+// All files and, with a "/" at their end, folders below `root`.
+inline Names listTree(const QString& root)
 {
-    for (auto entry = tree.begin(); entry != tree.end(); ++entry)
-        writeFile(root + u'/' + entry.key(), entry.value());
-}
-
-inline Tree readTree(const QString& root)
-{
-    Tree tree;
+    Names names;
     const auto all = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
     for (QDirIterator entries(root, all, QDirIterator::Subdirectories); entries.hasNext();) {
         const QString path = entries.next();
-        const QString name = QDir(root).relativeFilePath(path);
-        if (entries.fileInfo().isDir())
-            tree[name + u'/'];
-        else
-            tree[name] = readFile(path);
+        names += QDir(root).relativeFilePath(path) + (QFileInfo(path).isDir() ? u"/"_s : u""_s);
     }
-    return tree;
+    names.sort();
+    return names;
 }
 
 // Calls `write` while no file can grow beyond 100 kB.

@@ -20,7 +20,11 @@ struct Sdk
     const QString copy = root.filePath(u"a côpy"_s);
     const QString solutionCopy = copy + u"/dotnet.sln"_s;
 
-    Sdk() { writeTree(root.path(), {{u"sdk/samples/"_s, {}}, {u"a côpy/P/"_s, {}}}); }
+    Sdk()
+    {
+        writeFile(samples + u'/');
+        writeFile(copy + u"/P/"_s);
+    }
 };
 
 // With " in place of '.

@@ -25,19 +25,13 @@ struct Sdk
 
     Sdk()
     {
-        writeTree(
-            root.path(),
-            {{u"sdk/samples/CMakeLists.txt"_s, {}},
-             {u"sdk/samples/dotnet.sln"_s, "Project(\"\") = \"N\", \"N\\N.csproj\", \"\""},
-             {u"sdk/samples/N/N.csproj"_s, "<P><ItemGroup><None Include='N.cs'/></ItemGroup></P>"},
-             {u"sdk/samples/a/N/c"_s, {}},
-             {u"sdk/samples/.hidden/x"_s, {}},
-             {u"sdk/bin/x"_s, {}},
-             {u"sdk/lib/x"_s, {}},
-             {u"sdk/include/x"_s, {}},
-             {u"sdk/dotnet/w/doc/x"_s, {}},
-             {u"sdk/dotnet/doc/x"_s, {}},
-             {u"my côpy/old/file"_s, {}}});
+        for (const char* name : {"sdk/samples/CMakeLists.txt", "sdk/samples/a/N/c",
+                                 "sdk/samples/.hidden/x", "sdk/bin/x", "sdk/lib/x", "sdk/include/x",
+                                 "sdk/dotnet/w/doc/x", "sdk/dotnet/doc/x", "my côpy/old/file"})
+            writeFile(path(name));
+        writeFile(samples + u"/dotnet.sln"_s, "Project(\"\") = \"N\", \"N\\N.csproj\", \"\"");
+        writeFile(samples + u"/N/N.csproj"_s,
+                  "<P><ItemGroup><None Include='N.cs'/></ItemGroup></P>");
         QFile::setPermissions(file, kReadOnly);
         QFile::link(u"a/N"_s, path("sdk/samples/link"));
         QFile::link(u"none"_s, path("sdk/samples/broken"));
@@ -47,7 +41,7 @@ struct Sdk
     {
         return QDir(root.path()).filePath(QString::fromUtf8(name));
     }
-    QString copied() const { return Names(readTree(destination).keys()).join(u' '); }
+    QString copied() const { return listTree(destination).join(u' '); }
 };
 
 // Runs a worker on this thread. Returns how many entries it announced.
@@ -96,7 +90,7 @@ private slots:
         const Sdk sdk;
         const int announced = run(sdk, dotnet, wrapper);
         QTEST(sdk.copied(), "copied");
-        QCOMPARE(announced, readTree(sdk.destination).size());
+        QCOMPARE(announced, listTree(sdk.destination).size());
     }
 
     void refersToTheFilesItCopied()

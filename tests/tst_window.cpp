@@ -201,9 +201,7 @@ private slots:
             press(Qt::Key_Tab);
             QCOMPARE(focused(), "abortButton");
             press(Qt::Key_Escape);
-            press(Qt::Key_Return);
             click("copyWrapperBox");
-            QCOMPARE(backend->copyWrapper(), copyWrapper);
             press(Qt::Key_Space);
             QCOMPARE(backend->copyWrapper(), copyWrapper);
             QVERIFY(item("abortButton"));
@@ -216,7 +214,7 @@ private slots:
     void copiesOverAFolderOnlyOnYes()
     {
         backend->setDestination(home.path());
-        // No has the focus at first, also when Yes had it last. Tab stays within the dialog.
+        // No has the focus at first. Tab stays within the dialog.
         for (const int tabs : {0, 2, 1}) {
             QCOMPARE(backend->calls, "");
             click("copyButton");
