@@ -133,6 +133,12 @@ class Faults(Case):
             self.assertTrue(self.copied() < self.whole())
         self.assertFalse(self.started.exists())
 
+    def test_completes_the_copy_of_a_killed_program(self):
+        window = self.start_many()
+        window.process.kill()
+        window.status()
+        self.assertTrue(self.copied() < self.whole(AS_IT_WAS))
+        self.copy()
 
 
 class Mounts(Case):

@@ -5,9 +5,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <csignal>
-
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -53,19 +50,6 @@ inline Names listTree(const QString& root)
     }
     names.sort();
     return names;
-}
-
-// Calls `write` while no file can grow beyond 100 kB.
-template <typename Function>
-void writeWithLimit(Function write)
-{
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before;
-    getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit small{100'000, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
-    write();
-    setrlimit(RLIMIT_FSIZE, &before);
 }
 
 // Lets modes count for root too, on this thread.

@@ -10,6 +10,8 @@
 #include <QTest>
 #include <QTimer>
 
+#include <csignal>
+
 #include <sys/wait.h>
 #include <unistd.h>
 

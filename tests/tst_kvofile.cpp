@@ -81,18 +81,6 @@ private slots:
                                     path("link"), u"/proc/self/mem"_s})
             QVERIFY2(!open(name, 0x12) && !open(name, 0x28), qPrintable(name));
     }
-
-    void keepsTheOldFileWhenAWriteIsShort()
-    {
-        const QByteArray nearlyAll(99'998, 'x');
-        writeFile(path("kept"), "old");
-        writeWithLimit([&] {
-            const auto file = open(path("kept"), 0x28);
-            file->WriteBytes(nearlyAll, nearlyAll.size());
-            file->WriteString("more");
-        });
-        QCOMPARE(readFile(path("kept")), "old");
-    }
 };
 
 QTEST_APPLESS_MAIN(TestKvoFile)

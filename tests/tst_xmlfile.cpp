@@ -139,16 +139,6 @@ private slots:
         CXMLFile file;
         QVERIFY(load(file, QByteArray("<a>").repeated(depth) + QByteArray("</a>").repeated(depth)));
     }
-
-    void keepsTheFileWhenAWriteFails()
-    {
-        const QByteArray text = "<a>" + QByteArray(99'000, 'x') + "</a>";
-        CXMLFile file;
-        QVERIFY(load(file, text));
-        file.GetCurr()->value.append(1000, 'x');
-        writeWithLimit([&] { QCOMPARE(saved(file), "(not saved)"); });
-        QVERIFY(readFile(m_path) == text);
-    }
 };
 
 QTEST_APPLESS_MAIN(TestXmlFile)
