@@ -31,7 +31,9 @@ exec $drop "$@"' sh "$@"
 PROGRAM, TESTS, *inside = sys.argv[1:]
 if not inside:
     os.execvp("sh", ["sh", "-c", SANDBOX, TESTS, sys.executable, *sys.argv, "inside"])
-PAGE = 4096
+
+# As much as a file takes at least.
+PAGE = os.sysconf("SC_PAGE_SIZE")
 PLACEHOLDER = b'#set(ZUVYSDKDIR "@PRJDUP_ZUVYSDKDIR@")'
 AS_IT_WAS = {"CMakeLists.txt": PLACEHOLDER.ljust(PAGE)}
 

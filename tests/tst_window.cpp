@@ -277,6 +277,7 @@ private slots:
         QDir().mkpath(chosen);
         backend->setDestination(folder + u"/new/x"_s);
         QFileDialog* const dialog = openChooser();
+        QVERIFY(dialog);
         // The nearest folder that exists.
         QCOMPARE(dialog->directory(), QDir(folder));
         QVERIFY(dialog->testOption(QFileDialog::ShowDirsOnly));
@@ -288,6 +289,7 @@ private slots:
     void keepsOneChooserAboveItselfUntilItIsCanceled()
     {
         const QPointer<QFileDialog> dialog = openChooser();
+        QVERIFY(dialog);
         QCOMPARE(dialog->windowHandle()->transientParent(), window);
         QCOMPARE(openChooser(), dialog);
         backend->finish();
