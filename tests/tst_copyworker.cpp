@@ -188,6 +188,14 @@ private slots:
             QFile::setPermissions(old, kWritable);
         }
     }
+
+    void copiesNothingBesideAFolderThatCannotBeRead()
+    {
+        const Sdk sdk;
+        QFile::setPermissions(sdk.path("my côpy/old"), {});
+        QCOMPARE(run(sdk), 0);
+        QFile::setPermissions(sdk.path("my côpy/old"), kWritable);
+    }
 };
 
 QTEST_APPLESS_MAIN(TestCopyWorker)
