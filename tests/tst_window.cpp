@@ -18,10 +18,11 @@ class Recorder : public Backend
 {
     Q_OBJECT
     Q_PROPERTY(bool dotnet MEMBER dotnet CONSTANT)
+    Q_PROPERTY(bool isWindows MEMBER windows CONSTANT)
     Q_PROPERTY(bool valid MEMBER valid CONSTANT)
 
 public:
-    static inline bool dotnet;
+    static inline bool dotnet, windows;
     const bool valid = true;
     QByteArray calls;
 
@@ -62,11 +63,12 @@ public:
     Recorder* backend;
     QQuickWindow* window;
 
-    void load(bool dotnet = false)
+    void load(bool dotnet = false, bool windows = false)
     {
         engine = std::make_unique<QQmlApplicationEngine>();
         setHome(home.path());
         Recorder::dotnet = dotnet;
+        Recorder::windows = windows;
         backend = qobject_cast<Recorder*>(loadWindow(*engine));
         window = qobject_cast<QQuickWindow*>(engine->rootObjects().value(0));
         window->requestActivate();
@@ -141,6 +143,14 @@ private slots:
     {
         QCOMPARE(window->minimumHeight(), window->maximumHeight());
         QCOMPARE(place("closeButton").top() - place("chooseButton").bottom(), 16.0);
+    }
+
+    void notesWhatWindowsNeedsInCMakeModeOnly()
+    {
+        for (const int mode : {0, 1, 2, 3}) {
+            load(mode % 2, mode / 2);
+            QCOMPARE(item("windowsNote") != nullptr, mode == 2);
+        }
     }
 
     // From Copy, which has the focus at first, once around.
@@ -218,6 +228,7 @@ private slots:
         for (const int tabs : {0, 2, 1}) {
             QCOMPARE(backend->calls, "");
             click("copyButton");
+            QVERIFY(item("No"));
             QVERIFY(text("message").startsWith(u"The folder %1 already"_s.arg(home.path())));
             for (int i = 0; i < tabs; ++i)
                 press(Qt::Key_Tab);
@@ -269,6 +280,15 @@ private slots:
             QVERIFY(number("fileLabel", "contentWidth") < window->width());
         }
         QCOMPARE(text("fileCaption"), u"File:"_s);
+    }
+
+    void showsTheWholeDestinationInItsToolTip()
+    {
+        QTest::mouseMove(window, place("destinationField").center().toPoint());
+        QTRY_VERIFY(item("toolTipText"));
+        backend->setDestination(kLongPath);
+        QCOMPARE(text("toolTipText"), kLongPath);
+        QTRY_VERIFY(isInside("toolTipText"));
     }
 
     void choosesTheDestination()
