@@ -180,6 +180,15 @@ private slots:
             QCOMPARE(readFile(file), "copied");
     }
 
+    void writesNothingBesideAFolderWithABackslash()
+    {
+        const Sdk sdk;
+        writeFile(sdk.solution);
+        writeFile(sdk.solutionCopy, "mine");
+        FilterSln(sdk.solution, sdk.copy + u'\\', true, false);
+        QCOMPARE(readFile(sdk.solutionCopy), "mine");
+    }
+
     void collectsTheRuntime()
     {
 #if defined(Q_OS_MACOS)

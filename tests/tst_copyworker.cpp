@@ -147,6 +147,7 @@ private slots:
         QVERIFY(IsLeftAlone(sdk.samples + QChar(0xd800), layout)); // no Unicode
         QVERIFY(QFile::link(u"loop"_s, sdk.path("loop")));
         QVERIFY(IsLeftAlone(sdk.path("loop"), layout));
+        QVERIFY(IsLeftAlone(sdk.path("sdk/samples/new/.."), layout));
         writeFile(sdk.path("u/"));
         QFile::setPermissions(sdk.path("u"), {});
         QVERIFY(IsLeftAlone(sdk.destination, layout));
