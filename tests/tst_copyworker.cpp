@@ -100,6 +100,12 @@ private slots:
         QVERIFY(readFile(sdk.path("my côpy/N/N.csproj")).contains("'N.cs'"));
     }
 
+    void copiesNothingOnceAborted()
+    {
+        const Sdk sdk;
+        QCOMPARE(run(sdk, true, false, true), 0);
+    }
+
     void adaptsTheCopyWhenAborted()
     {
         const Sdk sdk;
