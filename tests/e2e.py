@@ -81,5 +81,5 @@ class EndToEnd(unittest.TestCase):
         self.assertEqual(window.status(), 0)
 
 
-PROGRAM, SDK = sys.argv[1:3]
+PROGRAM = sys.argv[1]
 unittest.main(argv=sys.argv[:1], verbosity=2)
