@@ -133,6 +133,13 @@ private slots:
         QCOMPARE(saved(file), "(not saved)");
     }
 
+    void loadsManyQuotesOutsideOfTags()
+    {
+        const QByteArray text = "<b " + QByteArray(3000, '"');
+        CXMLFile file;
+        QVERIFY(load(file, "<a><!--" + text + "--><?p " + text + "?><![CDATA[" + text + "]]></a>"));
+    }
+
     void loadsAnyDepth()
     {
         const qsizetype depth = 100'000;
