@@ -20,7 +20,7 @@ struct ProjectCopy : ProjectLocation
     std::string dstProjectFile = kvo::path::MakePath(destination, path, '/');
     std::string srcProjectDir = kvo::path::GetDirectory(srcProjectFile);
     std::string dstProjectDir = kvo::path::GetDirectory(dstProjectFile);
-    // Removed only after the walk, which would otherwise step onto a removed node.
+    // Removed only after the walk, which could not go on from a removed node.
     std::vector<CNode*> removals = {};
 };
 

@@ -11,8 +11,8 @@ struct ProjectLocation
 };
 
 // Rewrites a .NET project file (.csproj) from the SDK into the copy so that it builds there:
-// - The output of each configuration goes to a folder of its own below "..\bin", and intermediate
-//   output to where it goes by default.
+// - Output goes to "..\bin\Debug", "..\bin\Release" or, where the group's condition names neither,
+//   "..\bin". Intermediate output goes where it does by default.
 // - Compile and None items and the Copy steps of the first Target refer to what was copied or, by
 //   absolute path, to what stayed in the SDK. Those that use `$(`, `@(` or `%(` keep their
 //   references. Items outside the project's folder get a Link, the others lose theirs.

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int lineSize = 2048;
 
-// The two fields that are used of a line
+// The two fields used from a line
 //     Project("{type}") = "name", "path", "{id}"
 struct ProjectLine
 {

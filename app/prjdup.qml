@@ -314,7 +314,7 @@ ApplicationWindow {
         }
     }
 
-    // Trimmed, since a dialog must fit into the window's fixed height.
+    // With small margins, since a dialog must fit into the window's fixed height.
     component OverlayDialog: Dialog {
         id: dialog
 

@@ -5,11 +5,8 @@
 class Backend;
 class QQmlApplicationEngine;
 
-// The program's start-up, shared with the benchmark and the window's test.
-
 // Sets the style and the window icon, and registers the QML types. Call it once, after creating the
-// application object and before creating an engine. Returns the icon, of which the application
-// keeps a copy.
+// application object and before creating an engine. Returns the icon; the application keeps a copy.
 QIcon prepareApplication();
 
 // Loads the window and returns its controller, which the window owns. Returns null if the document

@@ -20,7 +20,7 @@ QString findCMakeGui()
 {
     const QString name = u"cmake-gui"_s;
     QString program = QStandardPaths::findExecutable(name);
-    // CMake's own installer puts it there, which is not in every desktop session's PATH.
+    // CMake itself installs it there, which is not in every desktop session's PATH.
     if (program.isEmpty())
         program = QStandardPaths::findExecutable(name, {u"/usr/local/bin"_s});
     return program.isEmpty() ? name : program;

@@ -16,7 +16,7 @@ class Backend : public QObject
                    destinationChanged)
     Q_PROPERTY(QString destination READ destination WRITE setDestination NOTIFY destinationChanged)
     Q_PROPERTY(bool copyWrapper READ copyWrapper WRITE setCopyWrapper NOTIFY copyWrapperChanged)
-    // Asks the file system at each read; no signal tells when the answer changes.
+    // Asks the file system at each read; changes there are not signaled.
     Q_PROPERTY(bool destinationExists READ destinationExists NOTIFY destinationChanged)
     // How much of the current or last copy is done, from 0 to 1.
     Q_PROPERTY(double copyProgress READ copyProgress NOTIFY copyProgressChanged)

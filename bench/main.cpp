@@ -45,7 +45,7 @@ int readFolder(const std::string& folder)
     return count;
 }
 
-// Prints also the bytes on the heap that the finished list takes.
+// Also prints the bytes on the heap that the finished list takes.
 double copyByWorker(CopyWorker& worker)
 {
     const auto used = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; };
@@ -56,7 +56,7 @@ double copyByWorker(CopyWorker& worker)
     return milliseconds([&] { worker.start(), worker.wait(); });
 }
 
-// What the worker cannot do without, over a finished list that took no system call an entry.
+// What the worker cannot do without. Listing the entries takes no system call for each.
 double copyAlone(const QString& source, const QString& target)
 {
     QList<std::tuple<QString, QString, bool>> steps = {{source, target, true}};
@@ -70,7 +70,7 @@ double copyAlone(const QString& source, const QString& target)
     });
 }
 
-// Prints also the longest turn of the event loop.
+// Also prints the longest turn of the event loop.
 double copyThroughWindow(const QString& target)
 {
     QQmlApplicationEngine engine;

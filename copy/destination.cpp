@@ -55,8 +55,7 @@ bool holds(const Place& holder, const Place& place)
            liesIn(place.resolved, holder.resolved);
 }
 
-// Names are compared regardless of case and of how they compose their characters, which not every
-// file system keeps.
+// Compares names regardless of case and Unicode normalization, which not every file system keeps.
 bool holdsMountPoint(const Place& place)
 {
     const auto comparable = [](const QString& name) {
@@ -107,7 +106,7 @@ bool removeAll(const fs::path& path)
     if (fs::remove(path, error) || !error)
         return true;
     const fs::file_status status = fs::symlink_status(path, error);
-    // Of what is no folder, only some types are told apart from links on every platform.
+    // Apart from folders, only some types can be told from links on every platform.
     if (!is_directory(status))
         return (is_regular_file(status) || is_fifo(status) || is_socket(status)) &&
                fs::hard_link_count(path, error) == 1;

@@ -28,7 +28,7 @@ QList<QString> MountPoints(const QString& path)
     } while (ok && FindNextVolumeW(search, volume, MAX_PATH));
     ok = ok && GetLastError() == ERROR_NO_MORE_FILES;
     FindVolumeClose(search);
-    // Those of the network have no volume.
+    // Network drives have no volume.
     const QFileInfoList drives = QDir::drives();
     for (const QFileInfo& drive : drives)
         points.append(drive.filePath());

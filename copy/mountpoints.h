@@ -4,6 +4,6 @@
 #include <QString>
 
 // The absolute paths of all mount points, each ending in "/"; none if they cannot be listed. On
-// Windows, these are also the roots of all drives and of the network share that the absolute `path`
-// lies in. Asks no file system, since a dead network mount might never answer.
+// Windows, also the roots of all drives and of the network share that holds the absolute `path`.
+// Asks no file system, since a dead network mount might never answer.
 QList<QString> MountPoints(const QString& path);

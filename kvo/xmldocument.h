@@ -20,7 +20,7 @@ struct CXMLFile::Document
     QString Edited() const;
 
     CXMLText source;
-    std::deque<CNode> elements;             // in the order of the file, also the removed ones
+    std::deque<CNode> elements;             // in the order of the file, with the removed ones
     std::map<qsizetype, qsizetype> removed; // where the removed ones begin and end
 
 private:

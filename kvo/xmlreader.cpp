@@ -43,7 +43,7 @@ bool HasTooManyAttributes(QStringView text)
             continue;
         }
         int values = 0;
-        // A tag or declaration, or what of a document type comes before its declarations.
+        // A tag, a declaration, or the part of a document type before its declarations.
         for (++end; end < text.size(); ++end) {
             const QChar c = text[end];
             if (c == u'<' || c == u'>' || c == u'[')
@@ -77,7 +77,7 @@ bool IsName(QStringView text)
     return isPlain || name.match(text.toString()).hasMatch();
 }
 
-// Whether the names are valid that the reader does not check, but for those that a DTD gives to
+// Whether the names that the reader does not check are valid, except those that a DTD gives to
 // elements and attributes.
 bool HasValidNames(const QXmlStreamReader& reader)
 {

@@ -35,8 +35,8 @@ public:
     qsizetype BlanksAfter(qsizetype position) const;
     // The line end and indentation before the position; empty if it is not the first on its line.
     QString Lead(qsizetype position) const;
-    // Where the value of the next attribute, without its quotes, begins and ends. Requires: in a
-    // start tag, the position is the end of the element's name or of another attribute.
+    // Where the value of the next attribute, without its quotes, begins and ends. Requires: the
+    // position is in a start tag, at the end of the element's name or of another attribute.
     std::pair<qsizetype, qsizetype> NextValue(qsizetype position) const;
     // Where the data that begins at the position ends: at the next comment or processing
     // instruction, or at the limit.

@@ -44,9 +44,9 @@ foreach(pattern
     list(APPEND modules ${found})
 endforeach()
 
-# The modules that the document imports, directly or not. Not those that Qt's libraries hold anyway,
-# the styles that the program does not set, and the shapes that only they draw. What a module shows is
-# compiled into its plug-in.
+# The modules that the document imports, directly or not, except those built into Qt's libraries, the
+# styles that the program does not set, and the shapes that only these styles draw. A module's QML
+# files are compiled into its plug-in.
 set(unused "^(QtQml|QtQuick|QtQuick/Shapes|QtQuick/Controls/[A-Z].*)$")
 run(${qmlimportscanner} -qmlFiles ${document} -importPath ${qml})
 set(imports ${output})
@@ -80,8 +80,8 @@ run(strip --strip-unneeded ${folder}/prjdup ${binaries})
 run(patchelf --remove-rpath ${binaries})
 run(patchelf --force-rpath --set-rpath $ORIGIN:$ORIGIN/../lib/prjdup ${folder}/prjdup)
 
-# The notices, from the packages that the libraries are from; some packages name files without /usr.
-# A Qt that is from no package, and brings its own ICU, has its notices in packaging/licenses.
+# The notices, from the packages that the libraries come from; some packages name files without /usr.
+# A Qt that comes from no package, and brings its own ICU, has its notices in packaging/licenses.
 list(TRANSFORM libraries REPLACE "^/usr/" "/")
 list(TRANSFORM libraries PREPEND "*")
 execute_process(COMMAND dpkg-query --search ${libraries}

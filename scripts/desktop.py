@@ -1,4 +1,4 @@
-"""The real program on an X display: found over AT-SPI, pressed with real mouse and key events."""
+"""The real program on an X display, used by real mouse and key events and over AT-SPI."""
 
 import contextlib
 import ctypes

@@ -148,7 +148,7 @@ class Mounts(Case):
         self.destination.parent.rmdir()
         self.destination.parent.symlink_to(folder)
 
-    def test_keeps_the_lists_when_the_disk_is_full(self):
+    def test_keeps_cmakelists_when_the_disk_is_full(self):
         self.use("/mnt/full")
         # Leaves just the room for the copied file.
         filler = bytes(shutil.disk_usage("/mnt/full").free - PAGE)

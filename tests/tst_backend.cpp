@@ -17,7 +17,7 @@
 
 namespace {
 
-// The application's command line. Each test sets its own.
+// The application's command line, which Setup sets.
 int argumentCount = 0;
 char* argumentVector[8];
 
