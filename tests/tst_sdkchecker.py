@@ -24,21 +24,20 @@ VERDICTS = {
 }
 # What an SDK's projects refer to, after what is said of it.
 REFERENCES = r"""
-move it to a project's folder (the SDK lacks it too)|<HintPath>..\not yet built</HintPath><HintPath>..\b</HintPath>
+move it to a project's folder (the SDK lacks it too)|<HintPath>..\not built</HintPath><HintPath>..\b</HintPath>
 move it to a project's folder|<Import Project="..\a" /><Import Project="own.props" />
 move it to a project's folder|<Content Include="..\..\dotnet\A" />
 move it to a project's folder|<PostBuildEvent>cp $(ProjectDir)..\..\dotnet\A .</PostBuildEvent>
 move it to a project's folder|<PropertyGroup><R>..\..</R></PropertyGroup><Key>$(R)\lib\a</Key>
-add it to the solution|<ProjectReference Include="..\a" />
-compile its sources in|<ProjectReference Include="..\..\dotnet\A" />
-one item per path|<Compile Include="..\..\dotnet\A;..\..\dotnet\A" />
+add it to the solution, or compile its sources in|<ProjectReference Include="..\a" />
+each path on its own|<Compile Include="..\..\dotnet\A;..\..\dotnet\A" />
 narrower wildcards|<Compile Exclude="..\0\*" />
 the plain path ..\..\dotnet\A|<None Include="$(ProjectDir)..\..\dotnet\A" />
-keep sources out of doc (only in dotnet with wrapper)|<None Include="..\..\dotnet\doc\a" />
-$(SolutionDir)0\[a] b (only in dotnet with wrapper)|<Compile Include="..\0\[a] b" />
-move it to dotnet/ (only in dotnet with wrapper)|<None Include="..\a" />
+move it to dotnet/, not doc/ (only in dotnet with wrapper)|<None Include="..\..\dotnet\doc\a" />
+$(MSBuildProjectDirectory)\..\0\[a] b (only in dotnet with wrapper)|<Compile Include="..\0\[a] b" />
+move it to dotnet/, not doc/ (only in dotnet with wrapper)|<None Include="..\a" />
 $(MSBuildProjectDirectory)\[a] b (only in dotnet with wrapper)|<Copy SourceFiles="[a] b" />
-move it to dotnet/ (only in dotnet with wrapper)|<Copy SourceFiles="..\..\lib\a" />
+move it to dotnet/, not doc/ (only in dotnet with wrapper)|<Copy SourceFiles="..\..\lib\a" />
 a step of the first Target|</Target><Target><Copy SourceFiles="..\..\dotnet\A" />
 |<Copy SourceFiles="..\..\dotnet\A" DestinationFolder="..\x" /><Copy SourceFiles="@(A)" />
 |<PostBuildEvent>cp $(ProjectDir)..\0\0.csproj .</PostBuildEvent>
@@ -74,7 +73,7 @@ FILES = {
     "../dotnet/W.csproj": ("", "lies outside samples/"),
     "Case/Case.csproj": (None, "is spelled case/case.csproj"),
     "Gone/Gone.csproj": (None, "does not exist, nor does 'Gone'"),
-    "0/0.resx": (r"<P><value>..\..\lib\a;T</value><value>..\a</value></P>", r"1: value: \.\..*"),
+    "4/4.resx": (r"<R><value>..\..\lib\a;T</value><value>..\a</value></R>", r"1: value: \.\..*"),
     "1/an.props": (r'<P><None Include="..\..\dotnet\A" /></P>', "1: None .*: an ItemGroup"),
     "Directory.Build.props": ("", " stays behind; instead: one in each"),
     "../lib/libown.so": ("", " is not copied"),
@@ -133,7 +132,7 @@ class SdkChecker(unittest.TestCase):
         self.assertEqual(found, [line.split("|")[0] for line in REFERENCES])
         for path, (_, text) in FILES.items():
             self.assertRegex(output, f"{path.removeprefix('../')}:? ?{text}")
-        self.assertIn(r"..\not yet built and 1 more;", output)
+        self.assertIn(r"..\not built and 1 more;", output)
         self.assertEqual(output.count("; instead: "), len(lost) + 5)
         self.assertTrue(output.endswith("\nCannot ship: 12 faults.\n"))
 
