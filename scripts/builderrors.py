@@ -4,28 +4,23 @@ import collections
 import re
 
 CMAKE_ERROR = re.compile(r"^CMake Error.*\n(?:(?: .*|Call Stack.*)?\n)*", re.MULTILINE)
-ERROR = re.compile(
-    r"\berror\b(?! \d|\(s\))|undefined reference|cannot find|No rule to make", re.IGNORECASE
-)
-# Says only that there were errors before.
-CONSEQUENCE = re.compile(r"collect2: |.*\*\*\* .* Error \d")
+ERROR = re.compile(r"(?i)(?<!collect2: )\berror\b(?! \d|\(s\))|undefined ref|cannot find|No rule")
 # In the summary of a solution's build, these lead to each error: the solution, the project, ...
 SUMMARY_STEP = re.compile(r'"?([^"]+\.(?:sln|\w+proj))"? \(.*->')
-ERROR_IN_PROJECT = re.compile(r"\s*(\S.*proj) ?: +error")
 
 
 def error_lines(output):
     """The first errors, or else the last lines."""
     lines = [line.strip() for line in output.splitlines() if line.strip()]
-    errors = [line for line in lines if ERROR.search(line) and not CONSEQUENCE.match(line)]
-    return tuple(dict.fromkeys(errors))[:5] or tuple(lines[-5:])
+    errors = dict.fromkeys(line for line in lines if ERROR.search(line))
+    return list(errors)[:5] or lines[-5:]
 
 
 def cmake_errors(output):
     """Whole messages of CMake, or else the first errors of the compiler or linker."""
     messages = list(dict.fromkeys(CMAKE_ERROR.findall(output)))[:3]
     lines = "".join(messages).splitlines()
-    return tuple(line for line in lines if line.strip()) or error_lines(output)
+    return [line for line in lines if line.strip()] or error_lines(output)
 
 
 def dotnet_errors(output, known):
@@ -38,13 +33,8 @@ def dotnet_errors(output, known):
     for line in output.partition("Build FAILED.")[2].splitlines():
         if match := SUMMARY_STEP.match(line):
             project = match[1]
-        elif ERROR.search(line):
-            match = ERROR_IN_PROJECT.match(line)
-            found[match[1] if match else project] += line + "\n"
-    if not found:
-        return {"dotnet.sln": error_lines(output)}
-    unknown = {
-        project: [line for line in lines.splitlines() if not any(path in line for path in known)]
-        for project, lines in found.items()
-    }
-    return {project: error_lines("\n".join(lines)) for project, lines in unknown.items() if lines}
+        elif ERROR.search(line) and not any(path in line for path in known):
+            found[project] += line + "\n"
+    if not found and not known:
+        found["dotnet.sln"] = output
+    return {project: error_lines(lines) for project, lines in found.items()}
