@@ -17,7 +17,7 @@ IGNORED = re.compile(
 INSTEAD = {
     "Compile Include": "an ItemGroup directly in the project",
     "None Include": "an ItemGroup directly in the project",
-    "Copy SourceFiles": "a step of the first Target",
+    "Copy SourceFiles": "move this step to the first Target in the file",
     "Compile Exclude": "narrower wildcards",
     "None Exclude": "narrower wildcards",
     "ProjectReference Include": "add it to the solution, or compile its sources in",
@@ -169,7 +169,7 @@ def lost_files(sdk, destination):
             yield Lost(name, "stays behind", "one in each project's folder")
     for path in sorted(sdk.glob("lib/*")):
         if LIBRARY.fullmatch(path.name) and not (destination / "bin/Debug" / path.name).exists():
-            instead = "a name of adapt/sdkimports.cpp, or load it from lib/"
+            instead = "rename it like one in the tool's adapt/sdkimports.cpp, or load it from lib/"
             yield Lost(f"lib/{path.name}", "is not copied beside the programs", instead)
 
 

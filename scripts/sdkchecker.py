@@ -173,7 +173,7 @@ class Trial:
             return f"{file}:{error.getLineNumber()}", f"is not well-formed: {error.getMessage()}"
         self.lose(lost, [name])
         if "project sdk" in properties and samples.solution_builder() != ["dotnet", "msbuild"]:
-            return path, "is of the newer format, which only dotnet builds: install that"
+            return path, "is of the newer format, which needs the dotnet command, not installed here"
         defaults = {"assemblyname": pathlib.Path(path).stem}
         assembly = references.expand("$(AssemblyName)", defaults | properties)
         if path.endswith((".csproj", ".vbproj", ".fsproj")) and "$(" not in assembly:
@@ -194,7 +194,7 @@ class Trial:
         for (file, text), builds in self.faults.items():
             print(f"  {file}{only(builds, len(COPIES) * len(CONFIGURATIONS))}: {text}")
         if self.lost:
-            print("\nWhat a copy lacks, and what to have instead; docs/sdk.md says more:")
+            print("\nNot in a copy (this alone does not keep the SDK from shipping):")
             print_lost(self.lost)
 
         if self.faults:
@@ -227,7 +227,7 @@ def main():
     modes = {"CMakeLists.txt": trial.try_cmake, "dotnet.sln": trial.try_dotnet}
     found = [file for file in modes if (trial.samples / file).is_file()]
     for file in sorted(modes.keys() - found):
-        print(f"Not tried: samples/{file} is missing.")
+        print(f"Not tried, which is fine without such samples: there is no samples/{file}.")
     for file in found:
         modes[file]()
     if not found:

@@ -38,7 +38,7 @@ $(MSBuildProjectDirectory)\..\0\[a] b (only in dotnet with wrapper)|<Compile Inc
 move it to dotnet/, not doc/ (only in dotnet with wrapper)|<None Include="..\a" />
 $(MSBuildProjectDirectory)\[a] b (only in dotnet with wrapper)|<Copy SourceFiles="[a] b" />
 move it to dotnet/, not doc/ (only in dotnet with wrapper)|<Copy SourceFiles="..\..\lib\a" />
-a step of the first Target|</Target><Target><Copy SourceFiles="..\..\dotnet\A" />
+move this step to the first Target in the file|</Target><Target><Copy SourceFiles="..\..\dotnet\A" />
 |<Copy SourceFiles="..\..\dotnet\A" DestinationFolder="..\x" /><Copy SourceFiles="@(A)" />
 |<PostBuildEvent>cp $(ProjectDir)..\0\0.csproj .</PostBuildEvent>
 |<Content Include="$(SolutionDir)1\..\0\[a]%20b" />
