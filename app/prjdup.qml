@@ -83,7 +83,7 @@ ApplicationWindow {
                 ToolTip {
                     visible: destinationField.hovered
                     text: window.backend.destination
-                    // One pixel more than the text, which rounding would wrap otherwise.
+                    // One pixel more than the text, as rounding could wrap it otherwise.
                     width: Math.min(destinationField.contentWidth + 1 + leftPadding + rightPadding, window.width - 16)
                     contentItem: WrappedText {
                         objectName: "toolTipText"
@@ -162,10 +162,13 @@ ApplicationWindow {
         onClosed: window.callLater(reopen)
         // The dialog itself has the focus, as a second press of the key that started the copy must not abort it.
         onOpened: {
-            abortButton.focus = false
+            for (const item of [abortButton, abortBox.contentItem, abortBox])
+                item.focus = false
             forceActiveFocus()
         }
         footer: ButtonBox {
+            id: abortBox
+
             PushButton {
                 id: abortButton
                 objectName: "abortButton"
@@ -260,7 +263,7 @@ ApplicationWindow {
     component PushButton: Button {
         id: button
 
-        // Shows the focus even if the button has it already, by a click or a closed dialog.
+        // Shows the focus even if the button has it already, because it was clicked or a dialog closed.
         function takeFocus() {
             forceActiveFocus(Qt.TabFocusReason)
             focusReason = Qt.TabFocusReason
@@ -288,7 +291,7 @@ ApplicationWindow {
         wrapMode: Text.Wrap
     }
 
-    // Sets its text once a frame, since it changes far more often.
+    // Shows `latest`, but sets its text only once a frame, as `latest` changes far more often.
     component LatestText: Label {
         id: label
 

@@ -104,7 +104,8 @@ void Backend::start()
     connect(m_worker, &CopyWorker::fileChanged, this, &Backend::setCopyFile);
     connect(m_worker, &CopyWorker::finished, this, &Backend::finishedCopyWorker);
     m_worker->start();
-    // A thread that could not be created emits no `finished`.
+    // A thread that could not be created emits no `finished`. (Windows does not tell it from one
+    // that has ended.)
     if (!m_worker->isRunning() && !m_worker->isFinished())
         QMetaObject::invokeMethod(this, &Backend::finishedCopyWorker, Qt::QueuedConnection);
 }

@@ -72,7 +72,7 @@ public:
     void setStatus(ESTATUS status) { assign(m_status, status, &Backend::statusChanged); }
     bool isWindows() const;
 
-    // Stops a running copy after its current entry. Returns at once.
+    // Stops a running copy before its next entry. Returns at once.
     Q_INVOKABLE void abort();
     // Starts a copy with the current settings; ignored while one runs. What is started afterwards
     // depends on `destination`, `runCMake` and `openSolution` at the end of the copy.

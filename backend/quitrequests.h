@@ -7,8 +7,8 @@ class Backend;
 // Ends the program on SIGHUP, SIGINT or SIGTERM, at the end of the session, and on the desktop's
 // Quit. A running copy is ended as by `abort`, nothing is started after it, and the event loop
 // returns 0. A second signal ends the program at once, as a copy may hang in one file. Signals that
-// were ignored when the program started stay ignored. Closing the window does not count: a copy
-// goes on.
+// were ignored when the program started stay ignored. When the window is closed, a copy goes on,
+// but nothing is started after it.
 //
 // Also makes a write beyond the file size limit fail instead of ending the program (SIGXFSZ).
 //

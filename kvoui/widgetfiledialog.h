@@ -6,15 +6,16 @@
 #include <memory>
 
 // A file or folder chooser for QML: the platform's own dialog where there is one, else Qt's.
-// Offers local files only. `open` reads the properties. The dialog stays above the window at
-// the root of the QML document that creates the object, if one does.
+// Offers local files only. `open` reads the properties. If a QML document whose root is a window
+// creates the object, the dialog stays above that window.
 class WidgetFileDialog : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(QString title MEMBER m_title)
     Q_PROPERTY(bool selectFolder MEMBER m_selectFolder)
     Q_PROPERTY(bool selectMultiple MEMBER m_selectMultiple) // only false is supported
-    // Where the dialog starts; if the folder does not exist, in its nearest parent that does.
+    // Where the dialog starts. If the folder does not exist, it starts in the nearest parent that
+    // does; without one, in the home folder.
     Q_PROPERTY(QUrl folder MEMBER m_folder)
     // The chosen file or folder; set before `accepted`.
     Q_PROPERTY(QUrl fileUrl MEMBER m_fileUrl)

@@ -212,6 +212,7 @@ private slots:
             QCOMPARE(focused(), "abortButton");
             press(Qt::Key_Escape);
             click("copyWrapperBox");
+            QTRY_VERIFY(window->activeFocusItem()->inherits("QQuickPopupItem"));
             press(Qt::Key_Space);
             QCOMPARE(backend->copyWrapper(), copyWrapper);
             QVERIFY(item("abortButton"));
