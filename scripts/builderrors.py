@@ -26,14 +26,14 @@ def cmake_errors(output):
 def dotnet_errors(output, known):
     """The first errors of each project that failed, by its path, from a build with /v:n.
 
-    Those that name a known project are left out.
+    Those of a known project, and those that name one, are left out.
     """
     found = collections.defaultdict(str)
     project = "dotnet.sln"
     for line in output.partition("Build FAILED.")[2].splitlines():
         if match := SUMMARY_STEP.match(line):
             project = match[1]
-        elif ERROR.search(line) and not any(path in line for path in known):
+        elif ERROR.search(line) and not any(path in project + line for path in known):
             found[project] += line + "\n"
     if not found and not known:
         found["dotnet.sln"] = output

@@ -185,8 +185,10 @@ def upward_paths(path, samples):
     }
     for number, line in enumerate(text.splitlines(), 1):
         for word in re.split(r'[\s();"]+', line.split("#")[0]):
-            target = string.Template(word).safe_substitute(folders)
-            if ".." in word.split("/") and "$" not in target:
+            template = string.Template(word)
+            is_known = "$" not in template.safe_substitute(dict.fromkeys(folders, ""))
+            if ".." in word.split("/") and is_known:
+                target = template.substitute(folders)
                 yield number, word, os.path.normpath(path.parent / target)
 
 

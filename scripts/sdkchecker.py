@@ -117,7 +117,6 @@ class Trial:
     def copy(self, name, boxes, *options):
         print(f"Copying: {name} ...", flush=True)
         home = self.home / name
-        shutil.rmtree(home, ignore_errors=True)
         home.mkdir(parents=True)
         folder = "Camera Sàmples"
         window = Program(self.program, *options, str(self.samples), folder, home=home)
@@ -155,7 +154,8 @@ class Trial:
         for number, line in enumerate(text.splitlines(), 1):
             if match := SOLUTION_LINE.match(line):
                 project, path = match[1], match[2].replace("\\", "/")
-                if (destination / path).is_file():
+                # The copy has a project beside the solution, but none of its files.
+                if "/" in path and (destination / path).is_file():
                     fault = self.check_project(name, path, destination)
                 else:
                     reason = reason_not_copied(project, path, self.samples)
@@ -176,8 +176,12 @@ class Trial:
             return path, "is of the newer format, which needs the dotnet command, not installed here"
         defaults = {"assemblyname": pathlib.Path(path).stem}
         assembly = references.expand("$(AssemblyName)", defaults | properties)
-        if path.endswith((".csproj", ".vbproj", ".fsproj")) and "$(" not in assembly:
-            self.assemblies[path] = assembly
+        if not path.endswith((".csproj", ".vbproj", ".fsproj")) or "$(" in assembly:
+            return None
+        for other, its_assembly in self.assemblies.items():
+            if its_assembly == assembly and other != path:
+                return path, f"is built as {assembly}, like {other}: give each its own AssemblyName"
+        self.assemblies[path] = assembly
         return None
 
     def check_unchanged(self):
@@ -224,6 +228,7 @@ def main():
     *options, program, sdk, home = sys.argv[1:]
     folders = (pathlib.Path(folder).resolve() for folder in (sdk, home))
     trial = Trial(program, *folders, "--run" in options)
+    shutil.rmtree(trial.home, ignore_errors=True)
     modes = {"CMakeLists.txt": trial.try_cmake, "dotnet.sln": trial.try_dotnet}
     found = [file for file in modes if (trial.samples / file).is_file()]
     for file in sorted(modes.keys() - found):

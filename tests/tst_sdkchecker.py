@@ -1,6 +1,5 @@
 """What scripts/sdkchecker.py says of SDKs."""
 
-import os
 import pathlib
 import re
 import subprocess
@@ -60,15 +59,17 @@ PROJECT = """<Project xmlns="http://schemas.microsoft.com/developer/msbuild/2003
 <OutputType>Library</OutputType><OutputPath>x</OutputPath></PropertyGroup><ItemGroup>
 <Compile Include="a.cs" /></ItemGroup>
 <Import Project="$(MSBuildToolsPath)/Microsoft.CSharp.targets" /></Project>"""
+NAMED_AWAY = PROJECT.replace("<Out", "<AssemblyName>Away</AssemblyName><Out", 1)
 # The solution's projects and other files, and what is said of each. None: not in the SDK.
 FILES = {
     "Away/Away.csproj": (PROJECT, " is built in bin/, away .*: give"),
+    "Twin/Twin.csproj": (NAMED_AWAY, "is built as Away, like Away/Away.csproj"),
     "Deep/In/Deep.csproj": (PROJECT, " is built in Deep/bin/, away .*: move"),
     "Broken/Broken.csproj": (PROJECT.replace("a.cs", "b"), " does not build\n *CSC: error CS2001"),
     "Newer/Newer.csproj": ("<Project Sdk='' />", " is of the newer format"),
     "Xml/Xml.csproj": ("<P", "1: is not well-formed"),
     "lens/Lens.csproj": ("", "lies in 'lens': name the folder 'Lens'"),
-    "Flat.csproj": ("", "lies beside the solution"),
+    "Flat.csproj": (PROJECT, "lies beside the solution"),
     "Group/X/X.csproj": ("", "lies too deep"),
     "../dotnet/W.csproj": ("", "lies outside samples/"),
     "Case/Case.csproj": (None, "is spelled case/case.csproj"),
@@ -123,7 +124,7 @@ class SdkChecker(unittest.TestCase):
                 solution += ENTRY.format(guid, pathlib.Path(path).stem, path, guid)
                 built += BUILT.format(guid, "Debug") + BUILT.format(guid, "Release")
             if text is not None:
-                files |= {path: text, f"{os.path.dirname(path)}/a.cs": ""}
+                files |= {path: text, str(pathlib.PurePath(path).with_name("a.cs")): ""}
         files["dotnet.sln"] = SOLUTION.format(solution, built)
         status, output = self.check(files)
 
@@ -134,7 +135,7 @@ class SdkChecker(unittest.TestCase):
             self.assertRegex(output, f"{path.removeprefix('../')}:? ?{text}")
         self.assertIn(r"..\not built and 1 more;", output)
         self.assertEqual(output.count("; instead: "), len(lost) + 5)
-        self.assertTrue(output.endswith("\nCannot ship: 12 faults.\n"))
+        self.assertEqual(output.splitlines()[-1], "Cannot ship: 13 faults.")
 
 
 PROGRAM, SDK = sys.argv[1:3]
