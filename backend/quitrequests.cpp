@@ -25,15 +25,22 @@ std::atomic<bool> signalled = false;
 #ifdef Q_OS_UNIX
 int pipeEnds[2]; // never closed, because a signal may arrive at any time
 
-void noteSignal(int number)
+// Ignored signals stay ignored.
+void handleSignals(void (*handler)(int))
+{
+    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
+        const bool wasIgnored = std::signal(number, handler) == SIG_IGN;
+        if (wasIgnored)
+            std::signal(number, SIG_IGN);
+    }
+}
+
+void noteSignal(int /*number*/)
 {
     const int error = errno;
-    if (signalled.exchange(true)) {
-        std::signal(number, SIG_DFL);
-        std::raise(number);
-    } else {
-        [[maybe_unused]] const auto written = ::write(pipeEnds[1], "", 1);
-    }
+    handleSignals(SIG_DFL); // so that a second one ends the program at once
+    signalled = true;
+    [[maybe_unused]] const auto written = ::write(pipeEnds[1], "", 1);
     errno = error;
 }
 
@@ -55,11 +62,7 @@ void quitOnSignals(QObject* context)
         notifier->setEnabled(false);
         QCoreApplication::quit();
     });
-    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
-        const bool wasIgnored = std::signal(number, noteSignal) == SIG_IGN;
-        if (wasIgnored)
-            std::signal(number, SIG_IGN);
-    }
+    handleSignals(noteSignal);
 }
 
 #else
