@@ -26,6 +26,7 @@ struct CXMLFile::Document
 private:
     class Writer;
     CNode* OpenElement(CNode* parent, const QXmlStreamReader& reader, qsizetype end);
+    void CloseElement(CNode& node, qsizetype end) const;
 };
 
 } // namespace kvo

@@ -118,14 +118,7 @@ bool CXMLFile::Document::Parse()
             else
                 reader.skipCurrentElement(); // it comes from an entity
         } else if (token == QXmlStreamReader::EndElement) {
-            if (end != open->m_end) { // not <a/>
-                open->m_contentEnd = text.lastIndexOf(u'<', end - 1);
-                open->m_end = end;
-            }
-            const bool isLayout = open->value.find_first_not_of(" \t\n") == std::string::npos;
-            if (open->m_child && isLayout)
-                open->value.clear();
-            open->m_loadedValue = open->value;
+            CloseElement(*open, end);
             open = open->m_parent;
         } else if (token == QXmlStreamReader::Characters && open) {
             open->value += Utf8(reader.text());
@@ -155,6 +148,18 @@ CXMLFile::CNode* CXMLFile::Document::OpenElement(CNode* parent, const QXmlStream
     }
     node.m_loadedAttributes = node.attributes;
     return &node;
+}
+
+void CXMLFile::Document::CloseElement(CNode& node, qsizetype end) const
+{
+    if (end != node.m_end) { // not <a/>
+        node.m_contentEnd = source.Text().lastIndexOf(u'<', end - 1);
+        node.m_end = end;
+    }
+    const bool isLayout = node.value.find_first_not_of(" \t\n") == std::string::npos;
+    if (node.m_child && isLayout)
+        node.value.clear();
+    node.m_loadedValue = node.value;
 }
 
 } // namespace kvo
