@@ -15,7 +15,7 @@ namespace kvo {
 // DTDs and entities outside the file are never read. Elements in an entity's text are not nodes;
 // they stay as written. Refused although well-formed:
 // - a version other than 1.0;
-// - more than 1,000 attributes in a tag, or 64,000 characters of attribute lists in a DTD;
+// - more than 1,000 attributes in a tag, or 64,000 characters of text with "<!ATTLIST" in it;
 // - an entity that expands to over 4,096 characters (fewer where entities are used very often), or
 //   that stands for an escaped "<" or "&" and is used in an attribute;
 // - names with a colon first, last or twice, or with any colon outside of elements and attributes;

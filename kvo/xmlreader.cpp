@@ -16,52 +16,19 @@ std::string Utf8(QStringView text)
     return text.toUtf8().toStdString();
 }
 
-// Where the comment, CDATA section or processing instruction at the position ends; the position
-// itself if there is none.
-qsizetype SkippedEnd(QStringView text, qsizetype position)
-{
-    constexpr std::pair<QStringView, QStringView> marks[] = {
-        {u"<!--", u"-->"}, {u"<![CDATA[", u"]]>"}, {u"<?", u"?>"}};
-    for (const auto& [begin, end] : marks) {
-        if (text.sliced(position).startsWith(begin)) {
-            const qsizetype found = text.indexOf(end, position + begin.size());
-            return found < 0 ? text.size() : found + end.size();
-        }
-    }
-    return position;
-}
-
 // QXmlStreamReader compares the attributes of a tag or of a DTD with each other, which takes
 // minutes for very many.
-bool HasTooManyAttributes(QStringView text)
+bool HasTooManyAttributes(const QString& text)
 {
-    qsizetype lists = 0;
-    for (qsizetype begin = 0; (begin = text.indexOf(u'<', begin)) >= 0;) {
-        qsizetype end = SkippedEnd(text, begin);
-        if (end > begin) {
-            begin = end;
-            continue;
-        }
-        int values = 0;
-        // A tag, a declaration, or the part of a document type before its declarations.
-        for (++end; end < text.size(); ++end) {
-            const QChar c = text[end];
-            if (c == u'<' || c == u'>' || c == u'[')
-                break;
-            if (c == u'"' || c == u'\'') {
-                ++values;
-                end = text.indexOf(c, end + 1);
-                if (end < 0)
-                    return false; // malformed
-            }
-        }
-        if (text.sliced(begin).startsWith(u"<!ATTLIST"))
-            lists += end - begin;
-        if (values > 1000 || lists > 64'000)
-            return true;
-        begin = end;
-    }
-    return false;
+    // 1,001 values in one tag, outside of comments, CDATA sections, instructions and declarations.
+    static const QRegularExpression values(uR"(
+        <(?: !-- (?:[^-]++|-(?!->))*+ | !\[CDATA\[ (?:[^]]++|](?!]>))*+ | \? (?:[^?]++|\?(?!>))*+
+           | ![A-Z] (?:[^<>"']++|(?1))*+ ) (*SKIP)(*FAIL)
+        | <(?:[^<>"']*+ ("[^"]*+"|'[^']*+')){1001})"_s,
+                                           QRegularExpression::ExtendedPatternSyntaxOption);
+    const auto match = values.match(text);
+    return !match.isValid() || match.hasMatch() ||
+           (text.size() > 64'000 && text.contains(u"<!ATTLIST"_s));
 }
 
 // See https://www.w3.org/TR/xml/#NT-Name.
