@@ -102,11 +102,9 @@ QList<CopyFileEntry> CopyWorker::copyList(const SdkLayout& sdk) const
 void CopyWorker::copyEntries(const QList<CopyFileEntry>& entries)
 {
     const int count = int(entries.size());
-    for (int i = 0; i < count && !m_abortRequested.load(std::memory_order_acquire);) {
-        const CopyFileEntry& entry = entries[i];
-        emit fileChanged(entry.relativePath);
-        copyEntry(entry);
-        ++i;
-        emit progressChanged(double(i) / double(count));
+    for (int i = 0; i < count && !m_abortRequested.load(std::memory_order_acquire); ++i) {
+        emit fileChanged(entries[i].relativePath);
+        copyEntry(entries[i]);
+        emit progressChanged(double(i + 1) / double(count));
     }
 }

@@ -35,16 +35,14 @@ Place placeOf(const QString& path)
 // if one of the two does not exist, the same path. True also if that cannot be determined.
 bool liesIn(fs::path path, const fs::path& holder)
 {
-    while (!path.empty()) {
+    for (; !path.empty(); path = path.parent_path()) {
         std::error_code error;
         // Asked first, as `equivalent` may report any error as a missing file.
         const bool bothExist = fs::exists(path, error) && fs::exists(holder, error);
         if (path == holder || (bothExist && fs::equivalent(path, holder, error)) || error)
             return true;
-        const bool isRoot = path == path.parent_path();
-        if (isRoot)
+        if (path == path.parent_path()) // the root
             return false;
-        path = path.parent_path();
     }
     return true; // the path is unknown
 }

@@ -2,6 +2,7 @@
 
 #include "kvo/text.h"
 
+#include <QRegularExpression>
 #include <QXmlStreamReader>
 
 #include <algorithm>
@@ -32,12 +33,9 @@ QByteArray DeclaredEncoding(const QByteArray& bytes)
 // The first line end of the text; LF if there is none.
 QString LineEnd(const QString& text)
 {
-    const auto* const found =
-        std::find_first_of(text.begin(), text.end(), lineEnds.begin(), lineEnds.end());
-    if (found == text.end())
-        return u"\n"_s;
-    const bool isPair = QStringView(found, text.end()).startsWith(u"\r\n");
-    return isPair ? u"\r\n"_s : QString(*found);
+    static const QRegularExpression lineEnd(u"\r\n?|\n"_s);
+    const auto first = lineEnd.match(text);
+    return first.hasMatch() ? first.captured() : u"\n"_s;
 }
 
 } // namespace

@@ -184,13 +184,10 @@ private:
         const bool hasSibling = parent.HasLoadedChild();
         const bool hasText = parent.value.find_first_not_of(" \t\r\n") != std::string::npos;
         const CNode& model = hasSibling ? *parent.m_child : parent;
-        QString lead = m_source.Lead(model.m_begin);
-        const bool staysOnLine = lead.isEmpty() || (hasText && !hasSibling);
+        const QString outer = m_source.Lead(model.m_begin);
+        const bool staysOnLine = outer.isEmpty() || (hasText && !hasSibling);
         const QString indent = staysOnLine ? QString() : Indent(model);
-        if (staysOnLine)
-            lead.clear();
-        else if (!hasSibling)
-            lead += indent;
+        const QString lead = staysOnLine ? QString() : outer + (hasSibling ? QString() : indent);
         QString added;
         for (const CNode* node = parent.m_child; node; node = node->m_next) {
             if (!node->IsLoaded())
