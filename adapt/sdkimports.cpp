@@ -57,7 +57,7 @@ void appendImports(QList<CopyFileEntry>& entries, const QDir& destination,
             const QRegExp folderName(name, Qt::CaseSensitive, QRegExp::Wildcard);
             const QRegExp fileName(prefix + name + suffix, Qt::CaseSensitive, QRegExp::Wildcard);
             for (const QFileInfo& entry : listing) {
-                const bool isFolder = entry.isDir() && !entry.isShortcut(); // which is a file
+                const bool isFolder = entry.isDir() && !entry.isShortcut(); // a shortcut is a file
                 const bool whole = isFolder && folderName.exactMatch(entry.fileName());
                 if (whole || fileName.exactMatch(entry.fileName()))
                     appendImport(entries, destination, outputDir, entry, whole);

@@ -8,8 +8,8 @@
 // of characters, and `*saveptr` keeps the position. Returns the next token, without one leading and
 // one trailing quote, or null if there is none.
 //
-// After an unclosed quote, the rest is one token. Delimiters are skipped after a token, but not at
-// the start of the text, where they give an empty token.
+// An unclosed quote makes the rest part of its token. Delimiters are skipped after a token, but not
+// at the start of the text, where they give an empty token.
 [[maybe_unused]] static char* strtok_quo(char* str, const char* delimiters, char** saveptr)
 {
     if (!saveptr)

@@ -263,7 +263,7 @@ ApplicationWindow {
     component PushButton: Button {
         id: button
 
-        // Shows the focus even if the button has it already, because it was clicked or a dialog closed.
+        // Shows the focus, even if a click or a closed dialog gave it to the button already.
         function takeFocus() {
             forceActiveFocus(Qt.TabFocusReason)
             focusReason = Qt.TabFocusReason
@@ -345,7 +345,7 @@ ApplicationWindow {
 
         onOpened: {
             standardButton(firstButton).takeFocus()
-            // Tab goes round within the dialog, which is not modal.
+            // Tab stays within the dialog, which is not modal.
             const first = buttonBox.itemAt(0)
             const last = buttonBox.itemAt(buttonBox.count - 1)
             first.KeyNavigation.tab = last

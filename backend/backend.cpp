@@ -20,7 +20,7 @@ QString findCMakeGui()
 {
     const QString name = u"cmake-gui"_s;
     QString program = QStandardPaths::findExecutable(name);
-    // CMake itself installs it there, which is not in every desktop session's PATH.
+    // Where CMake itself installs it; not every desktop session's PATH has this folder.
     if (program.isEmpty())
         program = QStandardPaths::findExecutable(name, {u"/usr/local/bin"_s});
     return program.isEmpty() ? name : program;
@@ -104,8 +104,8 @@ void Backend::start()
     connect(m_worker, &CopyWorker::fileChanged, this, &Backend::setCopyFile);
     connect(m_worker, &CopyWorker::finished, this, &Backend::finishedCopyWorker);
     m_worker->start();
-    // A thread that could not be created emits no `finished`. (Windows does not tell it from one
-    // that has ended.)
+    // A thread that could not be created emits no `finished`. (On Windows it looks like one that
+    // has ended.)
     if (!m_worker->isRunning() && !m_worker->isFinished())
         QMetaObject::invokeMethod(this, &Backend::finishedCopyWorker, Qt::QueuedConnection);
 }
@@ -115,7 +115,6 @@ bool Backend::waitForCopy(QDeadlineTimer deadline)
     return !m_worker || m_worker->wait(deadline);
 }
 
-// Runs however the copy ended: what follows an aborted or failed one is the same.
 void Backend::finishedCopyWorker()
 {
     m_worker->deleteLater();

@@ -23,7 +23,7 @@ class Backend : public QObject
     // The latest entry of the current or last copy, relative to the destination; empty at first.
     Q_PROPERTY(QString copyFile READ copyFile NOTIFY copyFileChanged)
     Q_PROPERTY(bool copying READ copying NOTIFY copyingChanged)
-    // Whether the command line named a source and a destination.
+    // Whether the command line named just a source and a destination.
     Q_PROPERTY(bool valid READ valid CONSTANT)
     Q_PROPERTY(bool dotnet READ dotnet CONSTANT)
     Q_PROPERTY(bool runCMake READ runCMake WRITE setRunCMake NOTIFY runCMakeChanged)
@@ -32,7 +32,7 @@ class Backend : public QObject
     Q_PROPERTY(bool isWindows READ isWindows CONSTANT)
 
 public:
-    // The outcome of the last copy that ended. The E stands for enumeration.
+    // The outcome of the last copy that ended.
     enum ESTATUS {
         STATUS_NOT_STARTED,
         STATUS_COPY_DONE,

@@ -25,7 +25,6 @@ std::atomic<bool> signalled = false;
 #ifdef Q_OS_UNIX
 int pipeEnds[2]; // never closed, because a signal may arrive at any time
 
-// Ignored signals stay ignored.
 void handleSignals(void (*handler)(int))
 {
     for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
@@ -38,7 +37,7 @@ void handleSignals(void (*handler)(int))
 void noteSignal(int /*number*/)
 {
     const int error = errno;
-    handleSignals(SIG_DFL); // so that a second one ends the program at once
+    handleSignals(SIG_DFL);
     signalled = true;
     [[maybe_unused]] const auto written = ::write(pipeEnds[1], "", 1);
     errno = error;

@@ -1,4 +1,4 @@
-// Does one thing and prints the milliseconds that it took; scripts/bench compares them.
+// Does one thing and prints its milliseconds, or just ends; scripts/bench compares them.
 
 #include "adapt/solution.h"
 #include "app/startup.h"

@@ -15,7 +15,6 @@
 
 using Qt::StringLiterals::operator""_s;
 
-// Failures are ignored throughout: a run copies what it can.
 namespace {
 
 // Appends entries for `items`, which are paths below `source` and, in the copy, below `destination`
@@ -65,12 +64,10 @@ void CopyWorker::abort()
 void CopyWorker::run()
 {
     const SdkLayout sdk{m_source};
-    // Complete before the first copy, so that progress is a fraction of a known number.
     const QList<CopyFileEntry> entries = copyList(sdk);
     if (IsLeftAlone(m_destination, sdk) || !ClearDestination(m_destination))
         return;
     copyEntries(entries);
-    // Also after an abort, so that what was copied builds against the SDK.
     if (m_dotnet)
         FilterSln(sdk.solution, m_destination, /*localProjectFiles=*/true, m_copyWrapper);
     else

@@ -53,7 +53,7 @@ bool holds(const Place& holder, const Place& place)
            liesIn(place.resolved, holder.resolved);
 }
 
-// Compares names regardless of case and Unicode normalization, which not every file system keeps.
+// Compares names regardless of case and Unicode normalization, which some file systems ignore.
 bool holdsMountPoint(const Place& place)
 {
     const auto comparable = [](const QString& name) {
@@ -68,7 +68,7 @@ bool holdsMountPoint(const Place& place)
                    return comparable(point).startsWith(comparable(folder));
                });
     };
-    // Resolved, a drive may be a folder of another one.
+    // Both, as a drive may resolve to a folder of another one.
     return holdsOne(place.spelled) || holdsOne(place.resolved);
 }
 
@@ -104,7 +104,7 @@ bool removeAll(const fs::path& path)
     if (fs::remove(path, error) || !error)
         return true;
     const fs::file_status status = fs::symlink_status(path, error);
-    // Apart from folders, only some types can be told from links on every platform.
+    // Besides folders, only these types are sure not to be links on every platform.
     if (!is_directory(status))
         return (is_regular_file(status) || is_fifo(status) || is_socket(status)) &&
                fs::hard_link_count(path, error) == 1;

@@ -10,7 +10,7 @@
 namespace kvo {
 
 // A file of bytes, read by line and written in sequence; used by one thread at a time.
-// Destroying it closes it, and everything written before is then in the file.
+// Destroying it closes it; all that was written is then in the file, or nothing if a write failed.
 class IFile
 {
 public:
@@ -20,12 +20,11 @@ public:
 
     // Reads the next line without its line end (LF or CR LF) into `buffer`, NUL-terminated. A CR
     // alone belongs to the line, also at the end of the file.
-    // A line of `size` bytes or more comes in pieces of size - 1 bytes, one per call. NUL bytes of
-    // the file are left out. False, with the buffer untouched, when no line is left, for a file
-    // that is open for writing, and for a size below 2.
+    // A line of `size` bytes or more comes in pieces of at most size - 1 bytes, one per call. NUL
+    // bytes of the file are left out. False, with the buffer untouched, when no line is left, for a
+    // file that is open for writing, and for a size below 2.
     bool GetLine(char* buffer, int size);
 
-    // Writes the text without its terminating NUL.
     void WriteString(const char* text);
     void WriteBytes(const void* data, std::uint32_t count);
 
@@ -72,8 +71,8 @@ public:
     // Opens the file at the UTF-8 `path`; null on failure, for any other mode, and for what is
     // not a regular file (a folder, a pipe, a device; for writing also a link).
     // openForReading: the file must exist; it is read into memory, and never written.
-    // openForWriting: the file is created, or its contents replaced, as the returned file is
-    // destroyed; when a write has failed it then stays as it was.
+    // openForWriting: the file is created or replaced when the returned one is destroyed; it stays
+    // as it was if a write failed.
     virtual std::unique_ptr<IFile> Open(const std::string& path, int mode) = 0;
 
 protected:

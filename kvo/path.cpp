@@ -30,7 +30,7 @@ std::string ToText(const fs::path& path, char separator)
 
 fs::path Normalized(const fs::path& path)
 {
-    // The dot, as "//" alone would count as normal.
+    // With the dot, "//" becomes "/", too.
     const fs::path normal = (path / ".").lexically_normal();
     return normal.has_filename() ? normal : normal.parent_path();
 }

@@ -23,9 +23,9 @@ std::string MakePath(std::string_view folder, std::string_view name, char separa
 // The path with every "/" and "\" replaced by the separator.
 std::string ConvertSlashes(std::string_view path, char separator);
 
-// The functions below resolve "." and "..", which climbs no higher than the root. A base, target or
-// folder that is relative or empty is taken from the current folder. Results have no trailing
-// separator, except for the root.
+// The functions below resolve "." and "..", which climbs no higher than the root. An argument that
+// is relative or empty starts at the current folder, except ExpandRelativePath's `path`. Results
+// have no trailing separator, except for the root.
 
 // The absolute path that `path` names when it is read in the folder `base`: `base` itself if `path`
 // is empty, `path` normalized if it is absolute.

@@ -22,7 +22,7 @@ std::optional<QByteArray> ReadWhole(const std::string& path);
 
 // A new file, open for writing. Its commit() puts it in place of the one at the UTF-8 `path`, or
 // leaves that as it was if a write failed. If a write takes fewer bytes than given, the caller must
-// cancel. Null if the file cannot be created.
+// not commit. Null if the file cannot be created.
 std::unique_ptr<QSaveFile> OpenReplacement(const std::string& path);
 
 } // namespace kvo

@@ -13,16 +13,17 @@ namespace kvo {
 // comments, quotes and white space. All strings are UTF-8. One document is used by one thread.
 //
 // DTDs and entities outside the file are never read. Elements in an entity's text are not nodes;
-// they stay as written. Refused although well-formed:
+// they stay as written. Refused although well-formed, among rarer things:
 // - a version other than 1.0;
-// - more than 1,000 attributes in a tag, or 64,000 characters of text with "<!ATTLIST" in it;
-// - an entity that expands to over 4,096 characters (fewer where entities are used very often), or
+// - a tag with more than 1,000 attributes, and "<!ATTLIST" in a file of over 64,000 characters;
+// - an entity that expands to over 4,096 characters (fewer if the file has over 15,000 "&"), or
 //   that stands for an escaped "<" or "&" and is used in an attribute;
 // - names with a colon first, last or twice, or with any colon outside of elements and attributes;
-// - elements whose names have characters that only the fifth edition of XML 1.0 allows;
+// - names of elements and processing instructions with characters that only the fifth edition of
+//   XML 1.0 allows;
 // - a system identifier with "<" or "&";
-// - encodings that Qt was built without.
-// Not all that is malformed within a DTD is noticed.
+// - encodings that Qt lacks or cannot write back byte for byte.
+// Malformed DTDs, encoding declarations and names of undeclared entities may go unnoticed.
 class CXMLFile
 {
 public:
@@ -31,8 +32,7 @@ public:
     {
     public:
         bool Exists(const char* name) const;
-        // The value, added as an empty one when absent; valid until an attribute is added or
-        // removed.
+        // The value; an absent attribute is added, empty. Valid until one is added or removed.
         std::string& operator[](const char* name);
         // Does nothing when the attribute is absent.
         void Remove(const char* name);
@@ -42,8 +42,8 @@ public:
         std::vector<std::pair<std::string, std::string>> m_items;
     };
 
-    // An element, valid until it or one around it is removed, or the document is loaded or
-    // destroyed.
+    // An element, valid until it or one around it is removed, or the document is destroyed or
+    // loads again.
     //
     // Save writes what has changed in `name`, `value` and `attributes`; a character that XML does
     // not allow is written as U+FFFD.
@@ -69,9 +69,9 @@ public:
 
         std::string name; // must be a valid one
         // The character data, references resolved and line ends as LF; empty if it is only white
-        // space around child elements, which then stays beside a new value. A new value is written
-        // at the beginning of the content. Comments and processing instructions outlive it, CDATA
-        // sections and entity references do not.
+        // space around child elements, which then stays. A new value comes first, but after leading
+        // comments and processing instructions, which stay wherever they are. CDATA sections and
+        // entity references stay only beside child elements, if the value was empty.
         std::string value;
         CAttribArray attributes;
 
@@ -80,7 +80,7 @@ public:
         bool IsLoaded() const { return m_end != 0; }
         bool HasLoadedChild() const { return m_child && m_child->IsLoaded(); }
 
-        void Append(CNode* node); // as the last child
+        void Append(CNode* node);
 
         bool m_isOwned = false;
         std::forward_list<std::unique_ptr<CNode>> m_inserted; // also those that have been removed

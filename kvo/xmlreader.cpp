@@ -39,7 +39,7 @@ bool IsName(QStringView text)
         R"(\x{200C}\x{200D}\x{2070}-\x{218F}\x{2C00}-\x{2FEF}\x{3001}-\x{D7FF}\x{F900}-\x{FDCF})"
         R"(\x{FDF0}-\x{FFFD}\x{10000}-\x{EFFFF}])((?1)|[-.0-9\x{B7}\x{300}-\x{36F}\x{203F}\x{2040}])*\z)"_s);
     const auto isAsciiLetter = [](QChar c) { return c < u'\x80' && c.isLetter(); };
-    // Nearly always, and faster.
+    // Nearly every name is plain, and this is faster.
     const bool isPlain = std::all_of(text.begin(), text.end(), isAsciiLetter);
     return isPlain || name.match(text.toString()).hasMatch();
 }
@@ -68,7 +68,7 @@ bool CXMLFile::Document::Parse()
         return false;
     QXmlStreamReader reader(text);
     reader.setNamespaceProcessing(false);
-    // Limits what all entity references of the text can expand to together, not one alone.
+    // At most 4,096 characters for a reference, and about 64,000,000 for all of them together.
     const qsizetype limit = 64'000'000 / (text.count(u'&') + 1);
     reader.setEntityExpansionLimit(int(std::min<qsizetype>(4096, limit)));
 
@@ -91,7 +91,7 @@ bool CXMLFile::Document::Parse()
             open->value += Utf8(reader.text());
         } else if (token == QXmlStreamReader::DTD &&
                    (!elements.empty() || std::exchange(hasType, true))) {
-            return false; // the reader accepts any number anywhere
+            return false; // the reader accepts document types anywhere
         }
     }
     return !reader.hasError();

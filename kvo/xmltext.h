@@ -16,13 +16,13 @@ inline constexpr QStringView blanks = u" \t";
 inline constexpr QStringView lineEnds = u"\r\n";
 inline constexpr QStringView spaces = u" \t\r\n";
 
-// The text of an XML file, without its byte order mark, and where things are in it, if it is
-// well-formed. Part of CXMLFile; not for callers.
+// The text of an XML file, without its byte order mark, and, once it is known to be well-formed,
+// where things are in it. Part of CXMLFile; not for callers.
 class CXMLText
 {
 public:
-    // Takes the bytes of a file. False if its encoding is unknown or does not give the same bytes
-    // again, or if it holds a character that XML forbids.
+    // Takes the bytes of a file. False if its encoding is unknown or would not write the same
+    // bytes, or if it holds a second byte order mark or a character that XML forbids.
     bool Decode(const QByteArray& bytes);
     // The text in the encoding of the file, with the byte order mark if the file had one; nothing
     // if the encoding lacks one of the characters.
@@ -33,7 +33,8 @@ public:
     qsizetype SpaceBefore(qsizetype position) const;
     // Where the blanks that begin at the position end.
     qsizetype BlanksAfter(qsizetype position) const;
-    // The line end and indentation before the position; empty if it is not the first on its line.
+    // The file's line end and the indentation before the position; empty if the position is not the
+    // first on its line.
     QString Lead(qsizetype position) const;
     // Where the value of the next attribute, without its quotes, begins and ends. Requires: the
     // position is in a start tag, at the end of the element's name or of another attribute.

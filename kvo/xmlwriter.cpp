@@ -152,12 +152,12 @@ private:
         }
     }
 
-    // A whole line goes with the white space before it. What else is on a line stays where it is.
+    // Elements that end a line go with the white space before them. What else is on a line stays.
     void TakeOutRemoved()
     {
         const auto& removed = m_document.removed;
         for (auto next = removed.begin(); next != removed.end();) {
-            // From the first to the last of elements that only blanks separate.
+            // Elements with only blanks between them go as one.
             const qsizetype begin = next->first;
             qsizetype end = begin;
             qsizetype endWithBlanks = begin;
@@ -178,7 +178,7 @@ private:
     }
 
     // The inserted children, to be put at `end`: each indented like the first loaded one or, if
-    // there is none, one level deeper than the parent.
+    // there is none, one level deeper than the parent; on the same line if that begins no line.
     QString AddedChildren(const CNode& parent, qsizetype end) const
     {
         const bool hasSibling = parent.HasLoadedChild();
@@ -200,7 +200,7 @@ private:
         return added;
     }
 
-    // By how much the element is indented beyond its parent; for the top element, two spaces.
+    // By how much the element is indented beyond its parent; two spaces if that cannot be told.
     QString Indent(const CNode& node) const
     {
         const QString outer = node.m_parent ? m_source.Lead(node.m_parent->m_begin) : QString();

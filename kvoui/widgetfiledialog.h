@@ -6,8 +6,8 @@
 #include <memory>
 
 // A file or folder chooser for QML: the platform's own dialog where there is one, else Qt's.
-// Offers local files only. `open` reads the properties. If a QML document whose root is a window
-// creates the object, the dialog stays above that window.
+// Offers local files only. Properties take effect at the next `open`. If a QML document whose root
+// is a window creates the object, the dialog stays above that window.
 class WidgetFileDialog : public QObject
 {
     Q_OBJECT

@@ -23,7 +23,7 @@ file(CREATE_LINK ../lib/prjdup/prjdup ${CMAKE_INSTALL_PREFIX}/bin/prjdup SYMBOLI
 file(WRITE ${folder}/qt.conf "[Paths]\nPlugins = plugins\nQmlImports = qml\n")
 
 # Pictures need no plug-in, as all are PNG. The window draws its own title bar on Wayland, where some
-# desktops draw none. The platform "wayland-egl" is for those who ask for it.
+# desktops draw none. The platform "wayland-egl" is left out, as it is used only on request.
 set(modules)
 foreach(pattern
         platforminputcontexts/libcomposeplatforminputcontextplugin.so

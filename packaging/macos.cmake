@@ -1,4 +1,4 @@
-# The application bundle; its icon has the same pictures as the window's.
+# The application bundle; its icon is made from the window's pictures.
 set(icns ${CMAKE_CURRENT_BINARY_DIR}/prjdup.icns)
 set(iconset ${CMAKE_CURRENT_BINARY_DIR}/prjdup.iconset)
 set(png ${PROJECT_SOURCE_DIR}/app/icon/ZUVY)

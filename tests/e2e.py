@@ -66,7 +66,7 @@ class EndToEnd(unittest.TestCase):
         dialog = window.wait("dialog", "Copy Progress")
         text = lambda: " ".join(node.get_name() for node in walk(dialog))
         wait(lambda: re.search(r"File: /.* Progress: \d\d %", text()), "progress")
-        # Disabled, so that this asks nothing.
+        # The button is disabled now, so this asks nothing.
         window.act("push button", "Copy")
         self.assertFalse(window.find("dialog", "Warning"))
         window.act("push button", "Abort")

@@ -32,7 +32,7 @@ PROGRAM, TESTS, *inside = sys.argv[1:]
 if not inside:
     os.execvp("sh", ["sh", "-c", SANDBOX, TESTS, sys.executable, *sys.argv, "inside"])
 
-# As much as a file takes at least.
+# The least room that a file takes.
 PAGE = os.sysconf("SC_PAGE_SIZE")
 PLACEHOLDER = b'#set(ZUVYSDKDIR "@PRJDUP_ZUVYSDKDIR@")'
 AS_IT_WAS = {"CMakeLists.txt": PLACEHOLDER.ljust(PAGE)}
@@ -66,7 +66,7 @@ class Case(unittest.TestCase):
         return files(self.destination).items()
 
     def whole(self, but={}):
-        """A complete copy, `but` for some contents, where None is no file."""
+        """A complete copy, except for the contents in `but`, where None stands for no file."""
         sdk = b'set(ZUVYSDKDIR "%b/")' % os.fsencode(self.sdk)
         source = files(self.samples)
         adapted = {name: data.replace(PLACEHOLDER, sdk) for name, data in source.items()}
@@ -84,7 +84,7 @@ class Case(unittest.TestCase):
         return window
 
     def copy(self, but={}):
-        """Copies everything `but` for some contents, or with None nothing."""
+        """Copies, and expects a whole copy as above or, if `but` is None, no change."""
         before = self.copied()
         window = self.start()
         self.assertIn("in cmake-gui", window.message())
@@ -96,7 +96,7 @@ class Case(unittest.TestCase):
 
 class Faults(Case):
     def test_copies_what_it_can(self):
-        # In a folder of its own: Qt 6.8 ends the list of a folder with such a name.
+        # In a folder of its own, as Qt 6.8 ends a folder's list at such a name.
         odd = os.fsdecode(b"odd/\xff/\xff")
         self.add({name: b"x" for name in ("n" * 255, odd, "file", "folder/file")})
         os.mkfifo(self.root / "pipe")
@@ -114,7 +114,7 @@ class Faults(Case):
         self.copy({"large": None})
 
     def start_many(self):
-        """A window amid its copy."""
+        """A window in the middle of a copy."""
         self.add({f"many/{number}": b"x" * 4000 for number in range(5000)})
         shutil.rmtree(self.destination, ignore_errors=True)
         window = self.start()
@@ -150,7 +150,7 @@ class Mounts(Case):
 
     def test_keeps_cmakelists_when_the_disk_is_full(self):
         self.use("/mnt/full")
-        # Leaves just the room for the copied file.
+        # Leaves just enough room for the copied file.
         filler = bytes(shutil.disk_usage("/mnt/full").free - PAGE)
         pathlib.Path("/mnt/full/filler").write_bytes(filler)
         self.copy(AS_IT_WAS)

@@ -4,7 +4,7 @@
 
 #include <QTest>
 
-// What a test does to a file, in lines of its own words, and the file before and after.
+// What a test does to a file, in lines that the test interprets, and the file before and after.
 struct Case
 {
     QByteArrayList actions;

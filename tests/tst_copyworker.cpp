@@ -150,7 +150,7 @@ private slots:
         const SdkLayout layout{sdk.samples};
         setHome(sdk.path("u/home"));
         QVERIFY(IsLeftAlone({}, layout));
-        QVERIFY(IsLeftAlone(sdk.samples + QChar(0xd800), layout)); // no Unicode
+        QVERIFY(IsLeftAlone(sdk.samples + QChar(0xd800), layout)); // not valid Unicode
         QVERIFY(QFile::link(u"loop"_s, sdk.path("loop")));
         QVERIFY(IsLeftAlone(sdk.path("loop"), layout));
         QVERIFY(IsLeftAlone(sdk.path("sdk/samples/new/.."), layout));

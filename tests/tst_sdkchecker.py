@@ -10,7 +10,7 @@ import unittest
 SCRIPT = pathlib.Path(__file__).parent.parent / "scripts/sdkchecker.py"
 SET = '#set(ZUVYSDKDIR "@PRJDUP_ZUVYSDKDIR@")\nproject(x C)\n'
 LINK = 'file(WRITE x.c "int main(){}")\nlink_libraries(gone)\nadd_executable(x x.c)'
-# What is said of SDKs that have nothing else.
+# What is said of SDKs with only these files.
 VERDICTS = {
     "Can ship; 1 reference is lost.": {"CMakeLists.txt": SET + "# ../b\nset(x ../a)"},
     "samples: holds neither": {"Notes": ""},

@@ -225,7 +225,7 @@ private slots:
     void copiesOverAFolderOnlyOnYes()
     {
         backend->setDestination(home.path());
-        // No has the focus at first. Tab stays within the dialog.
+        // "No" has the focus at first. Tab stays within the dialog.
         for (const int tabs : {0, 2, 1}) {
             QCOMPARE(backend->calls, "");
             click("copyButton");

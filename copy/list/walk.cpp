@@ -17,7 +17,7 @@ void Walk(QList<QString>& out, QString relativePrefix, QString directory,
             continue;
         const QString item = relativePrefix % u'/' % name;
         out.append(item);
-        // The name lists act on the top level only. A shortcut is a file.
+        // A shortcut is a file.
         if (entry.isDir() && !entry.isShortcut())
             Walk(out, item, path, {}, {});
     }

@@ -6,9 +6,9 @@
 // Appends every file and folder below `directory` to `out` in pre-order, siblings in the order of
 // the file system, each as `relativePrefix` + "/" + its path relative to `directory`.
 //
-// Hidden entries, special files and broken links are left out; links count as their targets. If
-// `includeNames` is not empty, only top-level entries with these names are listed; those in
-// `excludeNames` never are. Names compare whole and case-sensitively.
+// Hidden entries, special files and broken links are left out; links to folders are followed. At
+// the top level, `excludeNames` are left out, too, and all but `includeNames` unless it is empty.
+// Names compare whole and case-sensitively.
 //
 // An unreadable or missing `directory` adds nothing. Does not look for link cycles. May be called
 // on any thread.
