@@ -186,9 +186,14 @@ ApplicationWindow {
                     objectName: "fileCaption"
                     text: window.backend.copyFile === "" ? qsTr("Starting...") : qsTr("File:")
                 }
-                LatestText {
+                Label {
+                    id: fileLabel
                     objectName: "fileLabel"
-                    latest: window.backend.copyFile
+
+                    // Shown once a frame, as it changes far more often.
+                    readonly property string latest: window.backend.copyFile
+
+                    onLatestChanged: update()
                     Layout.fillWidth: true
                     // One line of a steady height, whatever script or character a name holds.
                     Layout.preferredHeight: fileCaption.implicitHeight
@@ -196,6 +201,13 @@ ApplicationWindow {
                     maximumLineCount: 1
                     elide: Text.ElideMiddle
                     horizontalAlignment: Text.AlignLeft
+
+                    Connections {
+                        target: window
+                        function onAfterAnimating() {
+                            fileLabel.text = fileLabel.latest
+                        }
+                    }
                 }
             }
             ProgressBar {
@@ -291,22 +303,6 @@ ApplicationWindow {
         wrapMode: Text.Wrap
     }
 
-    // Shows `latest`, but sets its text only once a frame, as `latest` changes far more often.
-    component LatestText: Label {
-        id: label
-
-        property string latest
-
-        onLatestChanged: update()
-
-        Connections {
-            target: label.Window.window
-            function onAfterAnimating() {
-                label.text = label.latest
-            }
-        }
-    }
-
     component ButtonBox: DialogButtonBox {
         padding: 8
         topPadding: 0
@@ -333,7 +329,6 @@ ApplicationWindow {
             padding: 8
             bottomPadding: 0
         }
-        footer: ButtonBox {}
     }
 
     component MessageDialog: OverlayDialog {
