@@ -1,0 +1,13 @@
+# shellcheck shell=bash
+# What the other scripts begin with: --help prints the comment at their head; arguments that do not
+# match the pattern $accepts (none if it is not set) are refused; the working folder is the root.
+set -euo pipefail
+refuse() {
+    echo "${0##*/}: cannot take \"$*\"; see --help" >&2
+    exit 2
+}
+shopt -s extglob
+[ "$*" != --help ] || { sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$0" && exit; }
+# shellcheck disable=SC2053
+[[ $* == ${accepts:-} ]] || refuse "$@"
+cd "$(dirname "$0")/.."
