@@ -22,9 +22,7 @@ ApplicationWindow {
             text: "Run CMake-GUI after copying to generate buildable projects."
             checked: true
         }
-        Label {
-            text: "Destination Folder:"
-        }
+        Label { text: "Destination Folder:" }
         RowLayout {
             TextField {
                 Layout.fillWidth: true
@@ -49,15 +47,9 @@ ApplicationWindow {
 
             anchors { fill: parent; margins: 8 }
 
-            Button {
-                text: "Close"
-            }
-            Item {
-                Layout.fillWidth: true
-            }
-            Button {
-                text: "Copy"
-            }
+            Button { text: "Close" }
+            Item { Layout.fillWidth: true }
+            Button { text: "Copy" }
         }
     }
 }

@@ -67,17 +67,15 @@ class Program:
         desktop = Atspi.get_desktop(0)
         # Only an event loop updates the cache.
         desktop.clear_cache()
-        for child in children(desktop):
-            if child.get_process_id() == self.process.pid:
-                return child
-        return None
+        pid = self.process.pid
+        return next((node for node in children(desktop) if node.get_process_id() == pid), None)
 
     def find(self, role, name=None):
         """The control on show of this role and name, or None."""
         for node in walk(self.application):
-            if has_role(node, role) and name in (None, node.get_name()):
-                if has(node, Atspi.StateType.SHOWING):
-                    return node
+            is_alike = has_role(node, role) and name in (None, node.get_name())
+            if is_alike and has(node, Atspi.StateType.SHOWING):
+                return node
         return None
 
     def wait(self, role, name=None):
@@ -110,10 +108,9 @@ class Program:
         window = int(self.window)
         protocols = x.XInternAtom(display, b"WM_PROTOCOLS", 0)
         delete = x.XInternAtom(display, b"WM_DELETE_WINDOW", 0)
-        message = struct.pack(
-            "@iLiPLLi5l", 33, 0, 1, 0, window, protocols, 32, delete, 0, 0, 0, 0
-        )
-        x.XSendEvent(display, ctypes.c_ulong(window), 0, ctypes.c_long(0), message.ljust(192, b"\0"))
+        fields = 33, 0, 1, 0, window, protocols, 32, delete, 0, 0, 0, 0
+        message = struct.pack("@iLiPLLi5l", *fields).ljust(192, b"\0")
+        x.XSendEvent(display, ctypes.c_ulong(window), 0, ctypes.c_long(0), message)
         x.XCloseDisplay(display)
 
     def message(self):
@@ -128,6 +125,4 @@ class Program:
 
     @staticmethod
     def _xdotool(*arguments):
-        return subprocess.run(
-            ["xdotool", *arguments], check=True, capture_output=True, text=True
-        ).stdout
+        return subprocess.check_output(["xdotool", *arguments], text=True)

@@ -15,15 +15,8 @@ SOLUTION_BOX = "Open the solution after copying."
 def run(*command, cwd=None):
     """Runs a build step or a built program and returns what it prints."""
     command = [str(part) for part in command]
-    result = subprocess.run(
-        command,
-        cwd=cwd,
-        check=False,
-        stdout=subprocess.PIPE,
-        stderr=subprocess.STDOUT,
-        text=True,
-        errors="replace",
-    )
+    output = {"stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, "errors": "replace"}
+    result = subprocess.run(command, cwd=cwd, check=False, **output)
     if result.returncode:
         raise RuntimeError(f"{' '.join(command)} failed:\n{result.stdout}")
     return result.stdout
@@ -43,20 +36,18 @@ def fingerprint(folder):
     return found
 
 
-def copy(window, boxes, screenshot=None):
-    """Toggles the boxes, copies, closes the window and returns the done message."""
+def copy(window, boxes, screenshot):
+    """Toggles the boxes, copies, takes a screenshot of the done message and closes the window."""
     for box in boxes:
         window.click("check box", box)
     window.click("push button", "Copy")
     ended = lambda: window.process.poll() is not None or window.find("dialog", "Copy Done")
     wait(ended, "end of the copy", 3600)
-    message = window.message()
-    if screenshot:
-        window.screenshot(screenshot)
+    window.message()
+    window.screenshot(screenshot)
     window.key("Return")
     if status := window.status():
         raise RuntimeError(f"the program ended with status {status}")
-    return message
 
 
 def build_cmake(folder):
@@ -73,10 +64,8 @@ def run_cmake(folder):
 
 def solution_builder():
     """The command that builds solutions here, or None."""
-    for command in (["dotnet", "msbuild"], ["msbuild"], ["xbuild"]):
-        if shutil.which(command[0]):
-            return command
-    return None
+    commands = (["dotnet", "msbuild"], ["msbuild"], ["xbuild"])
+    return next((command for command in commands if shutil.which(command[0])), None)
 
 
 def build_dotnet(folder, configuration):
