@@ -10,12 +10,14 @@ from xml import sax
 
 import references
 import samples
-from builderrors import cmake_errors, dotnet_errors
 from desktop import Program
 
 PLACEHOLDER = '#set(ZUVYSDKDIR "@PRJDUP_ZUVYSDKDIR@")'
 NEAR_PLACEHOLDER = re.compile(r"@PRJDUP|\bset\s*\(\s*ZUVYSDKDIR", re.IGNORECASE)
 SOLUTION_LINE = re.compile(r'Project\("[^"]*"\)[ =]*"([^"]*)"[, ]*"([^"]*\.\w*proj)"')
+ERROR = re.compile(r"(?i)(?<!collect2: )\berror\b(?! \d|\(s\))|undefined ref|cannot find|No rule")
+# In the summary of a solution's build, these lead to each error: the solution, the project, ...
+SUMMARY_STEP = re.compile(r'"?([^"]+\.(?:sln|\w+proj))"? \(.*->')
 COPIES = {"dotnet": [], "dotnet with wrapper": [samples.WRAPPER_BOX]}
 CONFIGURATIONS = ("Debug", "Release")
 
@@ -62,6 +64,37 @@ def misplaced(project, assembly, configuration, output):
     else:
         advice = "set OutputPath, in the project itself, and no OutDir"
     return f"is built in {folder}, away from bin/<Configuration>/ and its libraries: {advice}"
+
+
+def error_lines(output):
+    """The first errors, or else the last lines."""
+    lines = [line.strip() for line in output.splitlines() if line.strip()]
+    errors = dict.fromkeys(line for line in lines if ERROR.search(line))
+    return list(errors)[:5] or lines[-5:]
+
+
+def cmake_errors(output):
+    """What follows CMake's first error, or else the first errors of the compiler or linker."""
+    _, error, rest = output.partition("CMake Error")
+    lines = [line for line in (error + rest).splitlines() if line.strip()]
+    return lines[:20] or error_lines(output)
+
+
+def dotnet_errors(output, known):
+    """The first errors of each project that failed, by its path, from a build with /v:n.
+
+    Those of a known project, and those that name one, are left out.
+    """
+    found = collections.defaultdict(str)
+    project = "dotnet.sln"
+    for line in output.partition("Build FAILED.")[2].splitlines():
+        if match := SUMMARY_STEP.match(line):
+            project = match[1]
+        elif ERROR.search(line) and not any(path in project + line for path in known):
+            found[project] += line + "\n"
+    if not found and not known:
+        found["dotnet.sln"] = output
+    return {project: error_lines(lines) for project, lines in found.items()}
 
 
 def counted(number, one, more):
@@ -129,9 +162,8 @@ class Trial:
     def build(self, name, build, run, destination, *arguments):
         """Whether the build failed, and what it printed."""
         print(f"Building: {name} ...", flush=True)
-        failed = False
         try:
-            output = build(destination, *arguments)
+            failed, output = False, build(destination, *arguments)
         except RuntimeError as error:
             failed, output = True, str(error)
         if self.runs_samples and not failed:
