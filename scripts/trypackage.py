@@ -2,7 +2,6 @@
 
 import os
 import pathlib
-import shutil
 import signal
 import subprocess
 import sys
@@ -13,14 +12,9 @@ from desktop import Program, wait
 
 def cmake_gui():
     """The process that was started on the copy, or None."""
-    for process in pathlib.Path("/proc").glob("[0-9]*"):
-        try:
-            command = process.joinpath("cmdline").read_text()
-        except OSError:
-            continue
-        if "cmake-gui\0-S" in command and HOME in command:
-            return process
-    return None
+    search = ["pgrep", "-f", "cmake-gui -S " + HOME]
+    found = subprocess.run(search, stdout=subprocess.PIPE, text=True).stdout.strip()
+    return pathlib.Path("/proc", found) if found else None
 
 
 def ready(process):
@@ -44,8 +38,7 @@ def check():
     started = wait(cmake_gui, "cmake-gui")
     wait(lambda: ready(started), "window of cmake-gui")
     assert True not in in_folder(started)
-    environment = started.joinpath("environ").read_bytes()
-    assert environment == program.joinpath("environ").read_bytes(), environment
+    assert started.joinpath("environ").read_bytes() == program.joinpath("environ").read_bytes()
     window.message()
     window.key("Return")
     assert window.status() == 0
@@ -53,8 +46,5 @@ def check():
 
 
 PROGRAM, SAMPLES, ORIGIN = sys.argv[1:]
-HOME = tempfile.mkdtemp(prefix="prjdup ")
-try:
+with tempfile.TemporaryDirectory(prefix="prjdup ") as HOME:
     check()
-finally:
-    shutil.rmtree(HOME)
