@@ -10,9 +10,8 @@ from typing import NamedTuple
 from xml import sax
 
 # Elements and attributes that name no file that a build reads.
-IGNORED = re.compile(
-    r"(Link|OutDir|\w*OutputPath|DocumentationFile)\b|.* (Condition|Destination\w+)$"
-)
+IGNORED = re.compile(r"(Link|OutDir|\w*OutputPath|DocumentationFile)\b|"
+                     r".* (Condition|Destination\w+)$")
 # What docs/sdk.md says to have instead of what a copy keeps as written.
 INSTEAD = {
     "Compile Include": "an ItemGroup directly in the project",
@@ -47,8 +46,7 @@ class Values(sax.ContentHandler):
         sax.parse(str(path), self)
 
     def startElement(self, name, attributes):
-        self._line = self._locator.getLineNumber()
-        self._text = ""
+        self._line, self._text = self._locator.getLineNumber(), ""
         for key, value in attributes.items():
             self._add(f"{name} {key}", value)
 
@@ -165,8 +163,7 @@ def lost_files(sdk, destination):
     """Files that builds or programs read though nothing refers to them."""
     for path in sorted([*sdk.iterdir(), *sdk.glob("samples/*")]):
         if SHARED_FILE.fullmatch(path.name):
-            name = str(path.relative_to(sdk))
-            yield Lost(name, "stays behind", "one in each project's folder")
+            yield Lost(str(path.relative_to(sdk)), "stays behind", "one in each project's folder")
     for path in sorted(sdk.glob("lib/*")):
         if LIBRARY.fullmatch(path.name) and not (destination / "bin/Debug" / path.name).exists():
             instead = "rename it like one in the tool's adapt/sdkimports.cpp, or load it from lib/"

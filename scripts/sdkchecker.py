@@ -81,10 +81,7 @@ def cmake_errors(output):
 
 
 def dotnet_errors(output, known):
-    """The first errors of each project that failed, by its path, from a build with /v:n.
-
-    Those of a known project, and those that name one, are left out.
-    """
+    """The first errors of each project that failed, by its path, but none about a known one."""
     found = collections.defaultdict(str)
     project = "dotnet.sln"
     for line in output.partition("Build FAILED.")[2].splitlines():
@@ -274,5 +271,4 @@ def main():
     sys.exit(1 if trial.faults else 0)
 
 
-if __name__ == "__main__":
-    main()
+main()
