@@ -112,12 +112,6 @@ void editXml(const std::string& path)
     file.Save(path + ".out");
 }
 
-void adaptSolution(const std::string& folder)
-{
-    const QString path = QString::fromStdString(folder);
-    FilterSln(path + u"/dotnet.sln"_s, path + u"/copy"_s, true, false);
-}
-
 } // namespace
 
 // Takes what to do and two arguments, which are the window's too.
@@ -132,6 +126,7 @@ int main(int argc, char* argv[])
                 work(first.toStdString());
         });
     };
+    const QString solution = first + u"/dotnet.sln"_s, copy = first + u"/copy"_s;
     QList<QString> items;
     CopyWorker worker(nullptr, first, second, false, false);
     const std::map<std::string, std::function<double()>> tasks = {
@@ -142,6 +137,7 @@ int main(int argc, char* argv[])
         {"window", [&] { return copyThroughWindow(second); }},
         {"frame", [&] { return showFirstFrame(first); }},
         {"xml", [&] { return repeat(editXml); }},
-        {"solution", [&] { return repeat(adaptSolution); }}};
+        {"solution",
+         [&] { return repeat([&](auto) { FilterSln(solution, copy, true, false); }); }}};
     std::printf("%f\n", tasks.at(argv[0])());
 }
