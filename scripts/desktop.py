@@ -17,7 +17,7 @@ def wait(condition, what, seconds=60):
     """Returns the first true value of `condition`."""
     end = time.monotonic() + seconds
     while time.monotonic() < end:
-        # What it reads may end meanwhile.
+        # The condition may read a control that is gone by then.
         with contextlib.suppress(GLib.Error):
             if value := condition():
                 return value

@@ -22,7 +22,7 @@ INSTEAD = {
     "ProjectReference Include": "add it to the solution, or compile its sources in",
 }
 PROPERTY = re.compile(r"\$\((\w+)\)")
-# What MSBuild reads, in its folder and all folders above, for each project.
+# What builds read for each project, from its folder and all above.
 SHARED_FILE = re.compile(r"(?i)Directory\..*\.(props|targets)|nuget\.config|global\.json")
 LIBRARY = re.compile(r".*\.(so|dll|dylib)(\.[\d.]+)?")
 
@@ -122,7 +122,7 @@ def advice(place, lost, old, new, there, here):
 def read_project(project, samples, destination):
     """What is in a project, its .resx files and its imports, as far as copied; its properties."""
     resx = sorted((destination / project).parent.rglob("*.resx"))
-    # Last the project, whose properties hide what .resx files have of the same name.
+    # The project after its .resx files, as its properties hide theirs of the same name.
     pending = [*(str(path.relative_to(destination)) for path in resx), project]
     files, properties = {}, {}
     for file in pending:
@@ -144,7 +144,7 @@ def lost_by_project(project, samples, destination):
         there, here = (Tree(root, project, file, properties) for root in (samples, destination))
         copied = Values(destination / file).found
         for (line, place, old), (_, _, new) in zip(values, copied, strict=True):
-            # Several paths that are rewritten as one are fewer.
+            # Several paths may have been rewritten as one.
             parts = itertools.zip_longest(split(place, old), split(place, new), fillvalue="")
             for path, new_path in parts:
                 before, after = there.count(place, path), here.count(place, new_path)

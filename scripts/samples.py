@@ -58,7 +58,7 @@ def solution_builder():
 
 
 def build_dotnet(folder, configuration):
-    # Tells where each program is put, and sums up the errors of each project.
+    # So that it tells where each program is put, and sums up the errors of each project.
     options = ["/nologo", "/v:n", f"/p:Configuration={configuration}"]
     return run(*solution_builder(), *options, "dotnet.sln", cwd=folder)
 

@@ -113,7 +113,7 @@ class Trial:
         self.faults = collections.defaultdict(set)  # the builds that have each
         self.lost = collections.defaultdict(set)  # the copies that lack each
         self.assemblies = {}  # by project
-        self.faulty_projects = set()  # which their builds need not tell
+        self.faulty_projects = set()  # whose build errors are left out
 
     def fault(self, file, text, details=(), builds=()):
         self.faults[file, "\n      ".join([text, *details])].update(builds)
@@ -240,7 +240,7 @@ class Trial:
 
 
 def print_lost(lost):
-    """A line for all that a file refers to alike."""
+    """Prints one line for references from the same place and with the same advice."""
     groups = collections.defaultdict(list)
     for reference, copies in lost.items():
         alike = reference.file, reference.place, f"{reference.instead}{only(copies, len(COPIES))}"
@@ -261,7 +261,7 @@ def main():
     modes = {"CMakeLists.txt": trial.try_cmake, "dotnet.sln": trial.try_dotnet}
     found = [file for file in modes if (trial.samples / file).is_file()]
     for file in sorted(modes.keys() - found):
-        print(f"Not tried, which is fine without such samples: there is no samples/{file}.")
+        print(f"Not tried: there is no samples/{file}, which is fine without such samples.")
     for file in found:
         modes[file]()
     if not found:
