@@ -5,7 +5,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #ifdef Q_OS_LINUX
@@ -31,12 +30,6 @@ inline void writeFile(const QString& path, const QByteArray& content = {})
     if (!path.endsWith(u'/') &&
         (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()))
         qFatal("cannot write %s", qPrintable(path));
-}
-
-inline void makePipe(const QString& path)
-{
-    if (mkfifo(qPrintable(path), 0600) != 0)
-        qFatal("cannot make %s", qPrintable(path));
 }
 
 // All files and, with a "/" at their end, folders below `root`.

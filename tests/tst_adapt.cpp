@@ -191,11 +191,8 @@ private slots:
 
     void collectsTheRuntime()
     {
-#if defined(Q_OS_MACOS)
-        const QString library = u"lib%1.dylib"_s;
-#else
-        const QString library = u"lib%1.so"_s;
-#endif
+        const bool isMac = QSysInfo::kernelType() == u"darwin"_s;
+        const QString library = isMac ? u"lib%1.dylib"_s : u"lib%1.so"_s;
         const QTemporaryDir sdk;
         for (const QString& name : {u"bin/qmav"_s, u"bin/qmav2"_s, u"lib/oep/x"_s})
             writeFile(sdk.filePath(name));

@@ -8,8 +8,6 @@
 #include <QStorageInfo>
 #include <QTest>
 
-#include <unistd.h>
-
 namespace {
 
 constexpr auto kReadOnly = QFile::ReadOwner | QFile::ExeOwner;
@@ -71,26 +69,19 @@ class TestCopyWorker : public QObject
 private slots:
     void initTestCase() { obeyModes(); }
 
-    void copiesWhatTheModeAsksFor_data()
-    {
-        QTest::addColumn<bool>("dotnet");
-        QTest::addColumn<bool>("wrapper");
-        QTest::addColumn<QString>("copied");
-        const QString net = u"N/ N/N.csproj bin/ bin/Debug/ bin/Release/ dotnet.sln"_s;
-        const QString wrapper = u" dotnet/ dotnet/w/ dotnet/w/doc/ dotnet/w/doc/x"_s;
-        QTest::newRow("CMake") << false << true << u"CMakeLists.txt a/ a/N/ a/N/c link/ link/c"_s;
-        QTest::newRow(".NET") << true << false << net;
-        QTest::newRow(".NET with the wrapper") << true << true << net + wrapper;
-    }
-
     void copiesWhatTheModeAsksFor()
     {
-        QFETCH(bool, dotnet);
-        QFETCH(bool, wrapper);
-        const Sdk sdk;
-        const int announced = run(sdk, dotnet, wrapper);
-        QTEST(sdk.copied(), "copied");
-        QCOMPARE(announced, listTree(sdk.destination).size());
+        const QString net = u"N/ N/N.csproj bin/ bin/Debug/ bin/Release/ dotnet.sln"_s;
+        const QString wrapper = u" dotnet/ dotnet/w/ dotnet/w/doc/ dotnet/w/doc/x"_s;
+        for (const auto& [dotnet, withWrapper, copied] :
+             {std::tuple(false, true, u"CMakeLists.txt a/ a/N/ a/N/c link/ link/c"_s),
+              {true, false, net},
+              {true, true, net + wrapper}}) {
+            const Sdk sdk;
+            const int announced = run(sdk, dotnet, withWrapper);
+            QCOMPARE(sdk.copied(), copied);
+            QCOMPARE(announced, listTree(sdk.destination).size());
+        }
     }
 
     void refersToTheFilesItCopied()
@@ -100,16 +91,10 @@ private slots:
         QVERIFY(readFile(sdk.path("my côpy/N/N.csproj")).contains("'N.cs'"));
     }
 
-    void copiesNothingOnceAborted()
+    void onlyAdaptsTheCopyOnceAborted()
     {
         const Sdk sdk;
         QCOMPARE(run(sdk, true, false, true), 0);
-    }
-
-    void adaptsTheCopyWhenAborted()
-    {
-        const Sdk sdk;
-        run(sdk, true, false, true);
         QVERIFY(readFile(sdk.destination + u"/dotnet.sln"_s).endsWith("\r\n"));
     }
 
