@@ -26,7 +26,8 @@ bool HasTooManyAttributes(const QString& text)
            | ![A-Z] (?:[^<>"']++|(?1))*+ ) (*SKIP)(*FAIL)
         | <(?:[^<>"']*+ ("[^"]*+"|'[^']*+')){1001})"_s,
                                            QRegularExpression::ExtendedPatternSyntaxOption);
-    const auto match = values.match(text);
+    const auto match = values.match(text, 0, QRegularExpression::NormalMatch,
+                                    QRegularExpression::DontCheckSubjectStringMatchOption);
     return !match.isValid() || match.hasMatch() ||
            (text.size() > 64'000 && text.contains(u"<!ATTLIST"_s));
 }

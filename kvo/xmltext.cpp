@@ -2,7 +2,6 @@
 
 #include "kvo/text.h"
 
-#include <QRegularExpression>
 #include <QXmlStreamReader>
 
 #include <algorithm>
@@ -19,7 +18,7 @@ constexpr QChar byteOrderMark(0xFEFF);
 // See https://www.w3.org/TR/xml/#NT-Char.
 bool IsForbidden(QChar c)
 {
-    return c < u' ' ? !spaces.contains(c) : c > u'\xFFFD';
+    return c < u' ' ? c != u'\t' && c != u'\n' && c != u'\r' : c > u'\xFFFD';
 }
 
 QByteArray DeclaredEncoding(const QByteArray& bytes)
@@ -33,9 +32,10 @@ QByteArray DeclaredEncoding(const QByteArray& bytes)
 // The first line end of the text; LF if there is none.
 QString LineEnd(const QString& text)
 {
-    static const QRegularExpression lineEnd(u"\r\n?|\n"_s);
-    const auto first = lineEnd.match(text);
-    return first.hasMatch() ? first.captured() : u"\n"_s;
+    const qsizetype carriageReturn = text.indexOf(u'\r'), lineFeed = text.indexOf(u'\n');
+    if (carriageReturn < 0 || (lineFeed >= 0 && lineFeed < carriageReturn))
+        return u"\n"_s;
+    return lineFeed == carriageReturn + 1 ? u"\r\n"_s : u"\r"_s;
 }
 
 } // namespace
