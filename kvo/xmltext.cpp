@@ -55,7 +55,7 @@ bool CXMLText::Decode(const QByteArray& bytes)
     }
     m_lineEnd = LineEnd(m_text);
     // A reader would take a second mark for the first one.
-    return !m_text.startsWith(byteOrderMark) && Encode(m_text) == bytes &&
+    return !m_text.startsWith(byteOrderMark) && m_text.isValidUtf16() && Encode(m_text) == bytes &&
            std::none_of(m_text.cbegin(), m_text.cend(), IsForbidden);
 }
 

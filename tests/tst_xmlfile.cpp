@@ -121,8 +121,10 @@ private slots:
         for (int i = 0; i < 1000; ++i)
             tag += " b" + QByteArray::number(i) + "=''";
         CXMLFile file;
+        QVERIFY(load(file, tag + "/>"));
         for (const QByteArray& bytes : QByteArrayList{
-                 "<a>\xe4</a>", "\ufeff\ufeff<a/>", "<?xml version='1.0' encoding='no'?><a/>",
+                 "<a>\xe4</a>", QByteArray("\xff\xfe<\0a\0>\0\0\xd8<\0/\0a\0>\0", 18),
+                 "\ufeff\ufeff<a/>", "<?xml version='1.0' encoding='no'?><a/>",
                  "<!DOCTYPE a><!DOCTYPE a><a/>", "<a><!DOCTYPE a></a>", dtd + "]><a b='&f;'/>",
                  dtd + "]><a>" + QByteArray("&e;").repeated(100'000) + "</a>",
                  dtd + QByteArray("<!ATTLIST a b ID ''>").repeated(4000) + "]><a/>",
