@@ -1,6 +1,7 @@
 # shellcheck shell=bash
-# What the other scripts begin with: --help prints the comment at their head; arguments that do not
-# match the pattern $accepts (none if it is not set) are refused; the working folder is the root.
+# What the other shell scripts begin with: --help prints the comment at their head; arguments are
+# refused unless they match the pattern $accepts, or all if it is not set; the working folder is the
+# root.
 set -euo pipefail
 refuse() {
     echo "${0##*/}: cannot take \"$*\"; see --help" >&2
@@ -10,4 +11,4 @@ shopt -s extglob
 [ "$*" != --help ] || { sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$0" && exit; }
 # shellcheck disable=SC2053
 [[ $* == ${accepts:-} ]] || refuse "$@"
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."

@@ -21,8 +21,9 @@ def run(*command, cwd=None):
 
 
 def fingerprint(folder):
-    """When the system last saw each file and folder in a folder changed, by path."""
-    return {path: path.lstat().st_ctime_ns for path in [folder, *folder.rglob("*")]}
+    """The mode, time and size of a folder and everything in it, by path."""
+    stats = {path: path.lstat() for path in [folder, *folder.rglob("*")]}
+    return {path: (stat.st_mode, stat.st_mtime_ns, stat.st_size) for path, stat in stats.items()}
 
 
 def copy(window, boxes, screenshot):
