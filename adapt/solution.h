@@ -8,8 +8,8 @@
 void GetDotnetDirs(QList<QString>& names, QString source);
 
 // Adapts the copy of a solution: writes the solution at `solutionPath` into the folder
-// `destination` with CR LF after every line, then rewrites each project that it lists from the
-// SDK into the copy (see RewriteProject). Projects that do not load, or whose path leads out of
+// `destination` with CR LF after every line, then rewrites each listed project from the SDK into
+// the copy (see RewriteProject). Projects that do not load, or whose path leads out of
 // `destination`, are skipped.
 //
 // Returns false, with no project touched, if the solution cannot be read, its copy cannot be opened

@@ -258,7 +258,7 @@ ApplicationWindow {
         onAccepted: window.close()
     }
 
-    // Presses on Return and Enter, as the style itself does only with some platform themes. A key held down presses
+    // Presses on Return and Enter, which the style itself does only with some platform themes. A key held down presses
     // once, so that it does not go through one dialog after the other.
     component PressKeys: Item {
         signal press

@@ -86,7 +86,7 @@ signals:
     void copyProgressChanged();
     void copyFileChanged();
     void copyingChanged();
-    // Once per copy, however it ended, after cmake-gui was started or the solution opened.
+    // Once per copy, however it ended, after what follows it was started, if anything.
     void copyDone();
     void runCMakeChanged();
     void openSolutionChanged();

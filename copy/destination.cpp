@@ -68,7 +68,7 @@ bool holdsMountPoint(const Place& place)
                    return comparable(point).startsWith(comparable(folder));
                });
     };
-    // Both, as a drive may resolve to a folder of another one.
+    // Both, as a drive letter may stand for a folder on another drive.
     return holdsOne(place.spelled) || holdsOne(place.resolved);
 }
 
@@ -95,9 +95,9 @@ bool overlaps(const Place& place, const QList<QString>& folders)
 
 bool removeContents(const fs::path& folder);
 
-// Removes the file, the link or the folder with its contents, as far as possible. Returns whether
-// nothing that stays leads elsewhere. QDir::removeRecursively would make what stays writable,
-// through links too.
+// Removes the file, the link or the folder with its contents, as far as possible. Returns false if
+// what stays might lead elsewhere. QDir::removeRecursively would make writable what it cannot
+// remove, even through links.
 bool removeAll(const fs::path& path)
 {
     std::error_code error;

@@ -9,7 +9,7 @@ struct SdkLayout;
 // - is, holds or lies in one of the folders of `sdk`;
 // - is or holds the home folder or one of the user's standard folders (documents, pictures, ...);
 // - is or holds a mount point.
-// Neither links nor the spelling of a path hide any of this. True also if any of this cannot be
+// No link or spelling of a path hides any of this. True also if any of this cannot be
 // determined.
 bool IsLeftAlone(const QString& destination, const SdkLayout& sdk);
 

@@ -30,7 +30,7 @@ std::string ToText(const fs::path& path, char separator)
 
 fs::path Normalized(const fs::path& path)
 {
-    // With the dot, "//" becomes "/", too.
+    // Without the dot, "//" would stay "//".
     const fs::path normal = (path / ".").lexically_normal();
     return normal.has_filename() ? normal : normal.parent_path();
 }

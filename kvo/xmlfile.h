@@ -13,10 +13,10 @@ namespace kvo {
 // comments, quotes and white space. All strings are UTF-8. One document is used by one thread.
 //
 // DTDs and entities outside the file are never read. Elements in an entity's text are not nodes;
-// they stay as written. Refused although well-formed, among rarer things:
+// they stay as written. Refused although well-formed, besides rarer things:
 // - a version other than 1.0;
 // - a tag with more than 1,000 attributes, and "<!ATTLIST" in a file of over 64,000 characters;
-// - an entity that expands to over 4,096 characters (fewer if the file has over 15,000 "&"), or
+// - an entity that expands to over 4,096 characters (fewer if the file has over 15,600 "&"), or
 //   that stands for an escaped "<" or "&" and is used in an attribute;
 // - names with a colon first, last or twice, or with any colon outside of elements and attributes;
 // - names of elements and processing instructions with characters that only the fifth edition of
@@ -69,9 +69,9 @@ public:
 
         std::string name; // must be a valid one
         // The character data, references resolved and line ends as LF; empty if it is only white
-        // space around child elements, which then stays. A new value comes first, but after leading
-        // comments and processing instructions, which stay wherever they are. CDATA sections and
-        // entity references stay only beside child elements, if the value was empty.
+        // space around child elements, which then stays. A new value comes first, but after
+        // comments and processing instructions at the very beginning. All of these stay; CDATA
+        // sections and entity references stay only beside child elements, if the value was empty.
         std::string value;
         CAttribArray attributes;
 

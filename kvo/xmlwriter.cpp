@@ -178,7 +178,8 @@ private:
     }
 
     // The inserted children, to be put at `end`: each indented like the first loaded one or, if
-    // there is none, one level deeper than the parent; on the same line if that begins no line.
+    // there is none, one level deeper than the parent; on the same line if that child or parent
+    // begins no line, or if a parent without children has text.
     QString AddedChildren(const CNode& parent, qsizetype end) const
     {
         const bool hasSibling = parent.HasLoadedChild();

@@ -116,7 +116,7 @@ def advice(place, lost, old, new, there, here):
         return f"$(MSBuildProjectDirectory)\\{from_project}"
     if top == "dotnet" and folder != "doc":
         return f"the plain path {from_project}"
-    return "move it to dotnet/, not doc/"
+    return "move it to dotnet/, not dotnet/doc/"
 
 
 def read_project(project, samples, destination):

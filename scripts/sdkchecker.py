@@ -74,7 +74,7 @@ def error_lines(output):
 
 
 def cmake_errors(output):
-    """What follows CMake's first error, or else the first errors of the compiler or linker."""
+    """CMake's first error and what follows, or else the first errors of the compiler or linker."""
     _, error, rest = output.partition("CMake Error")
     lines = [line for line in (error + rest).splitlines() if line.strip()]
     return lines[:20] or error_lines(output)

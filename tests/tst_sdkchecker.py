@@ -32,11 +32,11 @@ add it to the solution, or compile its sources in|<ProjectReference Include="..\
 each path on its own|<Compile Include="..\..\dotnet\A;..\..\dotnet\A" />
 narrower wildcards|<Compile Exclude="..\0\*" />
 the plain path ..\..\dotnet\A|<None Include="$(ProjectDir)..\..\dotnet\A" />
-move it to dotnet/, not doc/ (only in dotnet with wrapper)|<None Include="..\..\dotnet\doc\a" />
+move it to dotnet/, not dotnet/doc/ (only in dotnet with wrapper)|<None Include="..\..\dotnet\doc\a" />
 $(MSBuildProjectDirectory)\..\0\[a] b (only in dotnet with wrapper)|<Compile Include="..\0\[a] b" />
-move it to dotnet/, not doc/ (only in dotnet with wrapper)|<None Include="..\a" />
+move it to dotnet/, not dotnet/doc/ (only in dotnet with wrapper)|<None Include="..\a" />
 $(MSBuildProjectDirectory)\[a] b (only in dotnet with wrapper)|<Copy SourceFiles="[a] b" />
-move it to dotnet/, not doc/ (only in dotnet with wrapper)|<Copy SourceFiles="..\..\lib\a" />
+move it to dotnet/, not dotnet/doc/ (only in dotnet with wrapper)|<Copy SourceFiles="..\..\lib\a" />
 move this step to the first Target in the file|</Target><Target><Copy SourceFiles="..\..\dotnet\A" />
 |<Copy SourceFiles="..\..\dotnet\A" DestinationFolder="..\x" /><Copy SourceFiles="@(A)" />
 |<PostBuildEvent>cp $(ProjectDir)..\0\0.csproj .</PostBuildEvent>

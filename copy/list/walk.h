@@ -7,8 +7,8 @@
 // the file system, each as `relativePrefix` + "/" + its path relative to `directory`.
 //
 // Hidden entries, special files and broken links are left out; links to folders are followed. At
-// the top level, `excludeNames` are left out, too, and all but `includeNames` unless it is empty.
-// Names compare whole and case-sensitively.
+// the top level, so is each name in `excludeNames` and, unless `includeNames` is empty, each that
+// is not in it. Names compare whole and case-sensitively.
 //
 // An unreadable or missing `directory` adds nothing. Does not look for link cycles. May be called
 // on any thread.
