@@ -172,7 +172,10 @@ class Trial:
         steps = samples.build_dotnet, samples.run_dotnet
         failed, output = self.build(name, *steps, destination, configuration)
         if failed:
-            for project, errors in dotnet_errors(output, self.faulty_projects).items():
+            # Without what differs between builds that fail alike.
+            alike = output.replace(f"{destination.parent}/", "../")
+            alike = alike.replace(f"/{configuration}/", "/<Configuration>/")
+            for project, errors in dotnet_errors(alike, self.faulty_projects).items():
                 self.fault(f"samples/{project}", "does not build", errors, builds=[name])
         for project, assembly in self.assemblies.items():
             if text := misplaced(project, assembly, configuration, output):
