@@ -1,7 +1,6 @@
 # shellcheck shell=bash
-# What the other shell scripts begin with: --help prints the comment at their head; arguments are
-# refused unless they match the pattern $accepts, or all if it is not set; the working folder is the
-# root.
+# How the other shell scripts begin: --help prints the comment at their head; arguments that do not
+# match the pattern $accepts are refused (any, if it is not set); the working folder is the root.
 set -euo pipefail
 refuse() {
     echo "${0##*/}: cannot take \"$*\"; see --help" >&2
