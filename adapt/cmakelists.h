@@ -2,7 +2,7 @@
 
 #include <QString>
 
-// Points the CMakeLists.txt at `file` to the SDK folder `sdkDir`: replaces every
+// Sets the SDK folder `sdkDir` in the CMakeLists.txt at `file`: replaces every
 //     #set(ZUVYSDKDIR "@PRJDUP_ZUVYSDKDIR@")
 // by an active set() of that folder, in UTF-8 and with a "/" at its end. All other bytes stay.
 //

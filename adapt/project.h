@@ -11,11 +11,11 @@ struct ProjectLocation
 };
 
 // Rewrites a .NET project file (.csproj) from the SDK into the copy so that it builds there:
-// - A group's OutputPath becomes "..\bin\Debug", "..\bin\Release" or, where its condition names
-//   neither, "..\bin". Its BaseIntermediateOutputPath is removed.
+// - A group keeps one OutputPath, without Condition: "..\bin\Debug", "..\bin\Release" or, if the
+//   group's names neither, "..\bin". BaseIntermediateOutputPath is removed.
 // - Compile and None items and the Copy steps of the first Target refer to the copy or, by absolute
-//   path, to the SDK (docs/sdk.md lists those that then lead nowhere). An item has a Link only if
-//   it lies outside the project's folder. Those that use `$(`, `@(` or `%(` stay as they are.
+//   path, to the SDK (docs/sdk.md lists those that then lead nowhere). Those that use `$(`, `@(` or
+//   `%(` stay as they are; of the others, only items outside the project's folder have a Link.
 // All other bytes stay the same, but blank lines before a removed element go with it.
 //
 // `localProjectFiles`: the files in the project's folder were copied. `copyWrapper`: so were the

@@ -13,6 +13,6 @@ void GetDotnetDirs(QList<QString>& names, QString source);
 // `destination`, are skipped.
 //
 // Returns false, with no project touched, if the solution cannot be read, its copy cannot be opened
-// for writing, or one of the paths has a "\" in a name. A file whose writing fails later stays as
-// it was; that is ignored.
+// for writing, or one of the two given paths has a "\" in a name. A file whose writing fails later
+// stays as it was; that is ignored.
 bool FilterSln(QString solutionPath, QString destination, bool localProjectFiles, bool copyWrapper);

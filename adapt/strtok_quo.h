@@ -8,8 +8,8 @@
 // of characters, and `*saveptr` keeps the position. Returns the next token, without one leading and
 // one trailing quote, or null if there is none.
 //
-// An unclosed quote makes the rest part of its token. Delimiters are skipped after a token, but not
-// at the start of the text, where they give an empty token.
+// An unclosed quote makes the rest part of its token. Delimiters are skipped after a token; a call
+// that starts at a delimiter returns an empty one.
 [[maybe_unused]] static char* strtok_quo(char* str, const char* delimiters, char** saveptr)
 {
     if (!saveptr)

@@ -86,7 +86,7 @@ signals:
     void copyProgressChanged();
     void copyFileChanged();
     void copyingChanged();
-    // Once per copy, however it ended, after what follows it was started, if anything.
+    // Once per copy, however it ended, and after the follow-up, if any, was started.
     void copyDone();
     void runCMakeChanged();
     void openSolutionChanged();

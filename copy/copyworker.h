@@ -10,7 +10,7 @@ struct SdkLayout;
 // Copies the samples of one SDK to one destination and adapts the copy, once, on a thread of its
 // own. The owner starts it, and deletes it after `finished`; the destructor does not wait.
 //
-// An existing destination is removed with all its contents. If it must be left alone, or keeps
+// A destination folder is removed with all its contents. If it must be left alone, or keeps
 // something that might lead out of it (see copy/destination.h), nothing is copied or adapted.
 //
 // Failures are not reported: an entry that cannot be copied is skipped.

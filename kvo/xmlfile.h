@@ -16,7 +16,7 @@ namespace kvo {
 // they stay as written. Refused although well-formed, besides rarer things:
 // - a version other than 1.0;
 // - a tag with more than 1,000 attributes, and "<!ATTLIST" in a file of over 64,000 characters;
-// - an entity that expands to over 4,096 characters (fewer if the file has over 15,600 "&"), or
+// - an entity that expands to over 4,096 characters (fewer if the file has over 15,624 "&"), or
 //   that stands for an escaped "<" or "&" and is used in an attribute;
 // - names with a colon first, last or twice, or with any colon outside of elements and attributes;
 // - names of elements and processing instructions with characters that only the fifth edition of
@@ -71,7 +71,7 @@ public:
         // The character data, references resolved and line ends as LF; empty if it is only white
         // space around child elements, which then stays. A new value comes first, but after
         // comments and processing instructions at the very beginning. All of these stay; CDATA
-        // sections and entity references stay only beside child elements, if the value was empty.
+        // sections and entity references go, unless it was empty beside child elements.
         std::string value;
         CAttribArray attributes;
 
