@@ -11,8 +11,8 @@ struct ProjectLocation
 };
 
 // Rewrites a .NET project file (.csproj) from the SDK into the copy so that it builds there:
-// - A group keeps one OutputPath, without Condition: "..\bin\Debug", "..\bin\Release" or, if the
-//   group's names neither, "..\bin". BaseIntermediateOutputPath is removed.
+// - A group keeps one OutputPath, unconditional: "..\bin\Debug", "..\bin\Release" or, if the
+//   group's Condition names neither, "..\bin". BaseIntermediateOutputPath is removed.
 // - Compile and None items and the Copy steps of the first Target refer to the copy or, by absolute
 //   path, to the SDK (docs/sdk.md lists those that then lead nowhere). Those that use `$(`, `@(` or
 //   `%(` stay as they are; of the others, only items outside the project's folder have a Link.

@@ -5,7 +5,7 @@
 struct SdkLayout;
 
 // Whether a copy must leave `destination` alone because more than an old copy could be lost. False
-// for one that does not exist. True for an empty path, and for one that
+// for one that does not exist. Otherwise true for an empty path, and for one that
 // - is, holds or lies in one of the folders of `sdk`;
 // - is or holds the home folder or one of the user's standard folders (documents, pictures, ...);
 // - is or holds a mount point.

@@ -70,8 +70,8 @@ public:
         std::string name; // must be a valid one
         // The character data, references resolved and line ends as LF; empty if it is only white
         // space around child elements, which then stays. A new value comes first, but after
-        // comments and processing instructions at the very beginning. All of these stay; CDATA
-        // sections and entity references go, unless it was empty beside child elements.
+        // comments and processing instructions at the very beginning. These stay everywhere; CDATA
+        // sections and entity references go, unless the old value was empty beside child elements.
         std::string value;
         CAttribArray attributes;
 
