@@ -26,6 +26,7 @@ bool HasTooManyAttributes(const QString& text)
            | ![A-Z] (?:[^<>"']++|(?1))*+ ) (*SKIP)(*FAIL)
         | <(?:[^<>"']*+ ("[^"]*+"|'[^']*+')){1001})"_s,
                                            QRegularExpression::ExtendedPatternSyntaxOption);
+    // Decode() has made sure that the text is valid UTF-16.
     const auto match = values.match(text, 0, QRegularExpression::NormalMatch,
                                     QRegularExpression::DontCheckSubjectStringMatchOption);
     return !match.isValid() || match.hasMatch() ||
